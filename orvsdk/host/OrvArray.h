@@ -42,9 +42,9 @@ public:
     void RemoveAt(int pIndex)
     {
         Header* lHeader = GetHeader();
-        const int lLast = lHeader->mCount - 1;
-        if (pIndex < lLast) std::memmove(Data() + pIndex, Data() + pIndex + 1, sizeof(T) * static_cast<size_t>(lLast - pIndex));
-        lHeader->mCount = lLast;
+        T* lData = Data();
+        for (int i = pIndex + 1; i < lHeader->mCount; ++i) lData[i - 1] = lData[i];
+        --lHeader->mCount;
     }
 
     // Index of the first element equal to pElement, or -1.

@@ -127,6 +127,7 @@ public:
     int GetLineNumber() const { return mLineNumber; }
 
 private:
+    // This file's match counters for one keyword table.
     struct TableCounters
     {
         const TextToken* mTable;
@@ -134,23 +135,30 @@ private:
     };
 
     void Report(OrvTextFileMessage::EKind pKind, const char* pFormat, va_list pArgs);
+    void ResetInput();
+    void ReleaseLineEnd();
     bool LoadLine();
-    bool IsDelimiter(unsigned char pByte) const;
-    char* FindToken(char* pFrom);
-    char* NextTokenAfter(char* pToken);
+    char* FindToken(char* pFrom, char*& pEnd);
+    char* TokenAfter(char* pEnd, char*& pNewEnd);
+    void ConsumeToken();
     bool ReadNumbers(double* pValues, int pCount, double pScale);
+    TableCounters* FindCounters(const TextToken* pTable);
+    const TableCounters* FindCounters(const TextToken* pTable) const;
+    bool FinishOutput();
     static int MatchKeyword(const TextToken* pTable, const char* pToken);
 
     std::string mFileType;
-    std::string mDelimiters;
+    bool mDelimiter[256];      // indexed by byte value; NUL is always a delimiter
     std::string mComment;
     bool mSkipEmptyLines;
     bool mEchoMessages;
 
     std::string mFileName;
-    std::vector<char> mText;  // the whole input, NUL-terminated; tokens are terminated in place
-    size_t mNextLine = 0;     // offset of the line after the current one
-    char* mLineEnd = nullptr; // end of the current line's content
+    std::vector<char> mText;    // the whole input plus a NUL; tokens are terminated in place
+    size_t mNextLine = 0;       // offset of the line after the current one
+    char* mLineEnd = nullptr;   // end of the current line's content, NUL while the line is current
+    char mLineEndByte = '\0';   // the byte that NUL replaced at mLineEnd
+    char* mTokenEnd = nullptr;  // terminator of mCurrentToken (mLineEnd when no token is left)
     int mLineNumber = 0;
     char mEmpty[1] = {'\0'};
 
@@ -161,6 +169,7 @@ private:
     std::string mTempPath;
     std::FILE* mOutput = nullptr;
     bool mWriteFailed = false;
+    int mWriteErrno = 0;        // errno of the first failed write
 };
 
 } // namespace orvsdk

@@ -1,0 +1,253 @@
+#include "orvsdk/host/OrvAMatrix.h"
+#include "orvsdk/host/OrvEuler.h"
+#include "orvsdk/host/OrvTime.h"
+#include "orvsdk/host/OrvVector4.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+using namespace orvsdk;
+
+namespace {
+
+constexpr double kTolerance = 1e-12;
+constexpr double kPi = 3.14159265358979323846;
+
+// Builds an affine matrix from its 3x3 part given row by row.
+OrvAMatrix Matrix3x3(const double (&pRows)[3][3])
+{
+    OrvAMatrix lMatrix;
+    for (int r = 0; r < 3; ++r)
+        for (int c = 0; c < 3; ++c) lMatrix(r, c) = pRows[r][c];
+    return lMatrix;
+}
+
+::testing::AssertionResult MatricesNear(const OrvAMatrix& pExpected, const OrvAMatrix& pActual, double pTolerance)
+{
+    for (int r = 0; r < 4; ++r)
+        for (int c = 0; c < 4; ++c)
+            if (!(std::fabs(pExpected(r, c) - pActual(r, c)) <= pTolerance))
+                return ::testing::AssertionFailure() << "element (" << r << "," << c << ") expected " << pExpected(r, c)
+                                                     << " got " << pActual(r, c);
+    return ::testing::AssertionSuccess();
+}
+
+OrvAMatrix Rotation(const OrvVector4& pAngles, int pOrder)
+{
+    OrvAMatrix lMatrix;
+    lMatrix.SetR(pAngles, pOrder);
+    return lMatrix;
+}
+
+// Rotation by pDegrees about one axis (0 X, 1 Y, 2 Z).
+OrvAMatrix AxisRotation(int pAxis, double pDegrees)
+{
+    OrvVector4 lAngles;
+    lAngles[pAxis] = pDegrees;
+    return Rotation(lAngles, 0);
+}
+
+} // namespace
+
+TEST(HostVector4, ArithmeticAndComparison)
+{
+    const OrvVector4 lA(1.0, 2.0, 3.0, 4.0);
+    const OrvVector4 lB(0.5, -1.0, 2.0, 1.0);
+    EXPECT_EQ(lA + lB, OrvVector4(1.5, 1.0, 5.0, 5.0));
+    EXPECT_EQ(lA - lB, OrvVector4(0.5, 3.0, 1.0, 3.0));
+    EXPECT_EQ(lA * 2.0, OrvVector4(2.0, 4.0, 6.0, 8.0));
+    OrvVector4 lC = lA;
+    lC *= lB;
+    lC += lA;
+    EXPECT_EQ(lC, OrvVector4(1.5, 0.0, 9.0, 8.0));
+    EXPECT_NE(lA, OrvVector4(1.0, 2.0, 3.0, 0.0));  // W counts
+}
+
+TEST(HostVector4, NormalizeIgnoresWAndDegenerateVectors)
+{
+    OrvVector4 lV(3.0, 4.0, 12.0, 7.0);
+    EXPECT_EQ(lV.Normalize(), 13.0);
+    EXPECT_DOUBLE_EQ(lV[0], 3.0 / 13.0);
+    EXPECT_EQ(lV[3], 7.0);
+    OrvVector4 lHuge(1e200, 1e200, 0.0);  // the squares would overflow
+    lHuge.Normalize();
+    EXPECT_NEAR(lHuge[0], std::sqrt(0.5), kTolerance);
+    OrvVector4 lZero(0.0, 0.0, 0.0, 5.0);
+    EXPECT_EQ(lZero.Normalize(), 0.0);
+    EXPECT_EQ(lZero, OrvVector4(0.0, 0.0, 0.0, 5.0));
+    OrvVector4 lInfinite(std::numeric_limits<double>::infinity(), 1.0, 0.0);
+    lInfinite.Normalize();
+    EXPECT_EQ(lInfinite[1], 1.0);
+}
+
+TEST(HostTime, FramesAreExactAtCommonRates)
+{
+    for (double lRate : {24.0, 25.0, 30.0, 48.0, 50.0, 60.0, 100.0, 120.0})
+    {
+        const int64_t lTicksPerFrame = OrvTime::kTicksPerSecond / static_cast<int64_t>(lRate);
+        ASSERT_EQ(lTicksPerFrame * static_cast<int64_t>(lRate), OrvTime::kTicksPerSecond);
+        for (int lFrame : {-7, 0, 1, 2, 3, 1001, 123457, 10000000})
+        {
+            const OrvTime lTime = OrvTime::FromFrame(lFrame, lRate);
+            EXPECT_EQ(lTime.Get(), lFrame * lTicksPerFrame) << lFrame << " at " << lRate;
+            EXPECT_EQ(lTime.GetFrame(lRate), lFrame) << lFrame << " at " << lRate;
+        }
+    }
+}
+
+TEST(HostTime, SecondsRoundToTheNearestTickAndSaturate)
+{
+    EXPECT_EQ(OrvTime::FromSeconds(1.5).Get(), 1058400000);
+    EXPECT_EQ(OrvTime::FromSeconds(-2.0).Get(), -2 * OrvTime::kTicksPerSecond);
+    EXPECT_EQ(OrvTime::FromSeconds(0.6 / OrvTime::kTicksPerSecond).Get(), 1);
+    EXPECT_EQ(OrvTime::FromSeconds(0.4 / OrvTime::kTicksPerSecond).Get(), 0);
+    EXPECT_EQ(OrvTime(OrvTime::kTicksPerSecond / 4).GetSecondDouble(), 0.25);
+    EXPECT_EQ(OrvTime::FromFrame(0.5, 24.0).Get(), 14700000);
+    EXPECT_NEAR(OrvTime::FromFrame(1.0, 29.97).GetSecondDouble(), 1.0 / 29.97, 1e-9);
+    EXPECT_EQ(OrvTime::FromSeconds(1e300).Get(), INT64_MAX);
+    EXPECT_EQ(OrvTime::FromSeconds(-1e300).Get(), INT64_MIN);
+    EXPECT_EQ(OrvTime::FromSeconds(std::nan("")).Get(), 0);
+}
+
+TEST(HostAMatrix, SingleAxisRotationsAreRightHanded)
+{
+    const double c = std::cos(30.0 * kPi / 180.0);
+    const double s = std::sin(30.0 * kPi / 180.0);
+    EXPECT_TRUE(MatricesNear(Matrix3x3({{1, 0, 0}, {0, c, -s}, {0, s, c}}), AxisRotation(0, 30.0), kTolerance));
+    EXPECT_TRUE(MatricesNear(Matrix3x3({{c, 0, s}, {0, 1, 0}, {-s, 0, c}}), AxisRotation(1, 30.0), kTolerance));
+    EXPECT_TRUE(MatricesNear(Matrix3x3({{c, -s, 0}, {s, c, 0}, {0, 0, 1}}), AxisRotation(2, 30.0), kTolerance));
+    // Right angles come out exact.
+    EXPECT_EQ(AxisRotation(2, 90.0), Matrix3x3({{0, -1, 0}, {1, 0, 0}, {0, 0, 1}}));
+    EXPECT_EQ(AxisRotation(0, -270.0), Matrix3x3({{1, 0, 0}, {0, 0, -1}, {0, 1, 0}}));
+}
+
+TEST(HostAMatrix, OrderXYZIsZTimesYTimesX)
+{
+    const OrvVector4 lAngles(25.0, -40.0, 130.0);
+    const OrvAMatrix lExpected = AxisRotation(2, 130.0) * AxisRotation(1, -40.0) * AxisRotation(0, 25.0);
+    OrvAMatrix lDefault;
+    lDefault.SetR(lAngles);
+    EXPECT_TRUE(MatricesNear(lExpected, lDefault, kTolerance));
+    EXPECT_TRUE(MatricesNear(lExpected, Rotation(lAngles, 6), kTolerance));   // not a plain order
+    EXPECT_TRUE(MatricesNear(lExpected, Rotation(lAngles, -1), kTolerance));
+}
+
+TEST(HostAMatrix, EveryOrderAppliesItsFirstAxisFirst)
+{
+    const OrvVector4 lAngles(25.0, -40.0, 130.0);
+    for (int o = 0; o < 6; ++o)
+    {
+        const int* lAxes = OrvEuler::AxisTable[o];
+        const OrvAMatrix lExpected = AxisRotation(lAxes[2], lAngles[2]) * AxisRotation(lAxes[1], lAngles[1]) *
+                                     AxisRotation(lAxes[0], lAngles[0]);
+        EXPECT_TRUE(MatricesNear(lExpected, Rotation(lAngles, o), kTolerance)) << "order " << o;
+    }
+}
+
+TEST(HostAMatrix, CompositionMatchesHandComputedMatrix)
+{
+    // Rx(90) then Rz(90): X goes to Y, Y to Z (via Z), Z to X (via -Y).
+    const OrvAMatrix lRotation = Rotation(OrvVector4(90.0, 0.0, 90.0), 0);
+    EXPECT_EQ(lRotation, Matrix3x3({{0, 0, 1}, {1, 0, 0}, {0, 1, 0}}));
+
+    OrvAMatrix lTranslation;
+    lTranslation.SetT(OrvVector4(1.0, 2.0, 3.0));
+    // Rotate first, then translate.
+    const OrvVector4 lPoint = (lTranslation * lRotation).MultT(OrvVector4(1.0, 0.0, 0.0, 7.0));
+    EXPECT_EQ(lPoint, OrvVector4(1.0, 3.0, 3.0, 7.0));
+}
+
+TEST(HostAMatrix, SetRAndSetSKeepTheTranslation)
+{
+    OrvAMatrix lMatrix;
+    lMatrix.SetT(OrvVector4(4.0, 5.0, 6.0, 99.0));
+    lMatrix.SetR(OrvVector4(10.0, 20.0, 30.0), 3);
+    lMatrix.SetS(OrvVector4(2.0, 3.0, 4.0));
+    EXPECT_EQ(lMatrix.GetT(), OrvVector4(4.0, 5.0, 6.0, 1.0));
+    EXPECT_EQ(lMatrix.MultT(OrvVector4(1.0, 1.0, 1.0)), OrvVector4(6.0, 8.0, 10.0, 0.0));
+    lMatrix.SetIdentity();
+    EXPECT_EQ(lMatrix, OrvAMatrix());
+}
+
+TEST(HostAMatrix, GetRRebuildsTheRotationForEveryOrder)
+{
+    const double lOuter[] = {-180.0, -135.0, -90.0, -30.0, 0.0, 10.0, 45.0, 90.0, 120.0, 179.0, 180.0};
+    const double lMiddle[] = {-90.0, -89.999, -60.0, -1e-9, 0.0, 30.0, 89.9999999, 90.0, 120.0, 270.0};
+    for (int o = 0; o < 6; ++o)
+        for (double a : lOuter)
+            for (double b : lMiddle)
+                for (double g : lOuter)
+                {
+                    const OrvAMatrix lExpected = Rotation(OrvVector4(a, b, g), o);
+                    const OrvVector4 lAngles = lExpected.GetR(o);
+                    const std::string lCase = "order " + std::to_string(o) + " angles " + std::to_string(a) + " " +
+                                              std::to_string(b) + " " + std::to_string(g);
+                    ASSERT_TRUE(MatricesNear(lExpected, Rotation(lAngles, o), kTolerance)) << lCase;
+                    for (int k : {0, 2})
+                    {
+                        EXPECT_GT(lAngles[k], -180.0) << lCase;
+                        EXPECT_LE(lAngles[k], 180.0) << lCase;
+                    }
+                    EXPECT_LE(std::fabs(lAngles[1]), 90.0) << lCase;
+                    EXPECT_EQ(lAngles[3], 0.0);
+                }
+}
+
+TEST(HostAMatrix, GimbalLockPutsTheWholeTwistOnTheFirstAngle)
+{
+    for (int o = 0; o < 6; ++o)
+        for (double lMiddle : {90.0, -90.0})
+        {
+            const OrvAMatrix lExpected = Rotation(OrvVector4(30.0, lMiddle, 20.0), o);
+            const OrvVector4 lAngles = lExpected.GetR(o);
+            EXPECT_EQ(lAngles[1], lMiddle) << "order " << o;
+            EXPECT_EQ(lAngles[2], 0.0) << "order " << o;
+            EXPECT_TRUE(MatricesNear(lExpected, Rotation(lAngles, o), kTolerance)) << "order " << o;
+        }
+    // Rz(20) Ry(90) Rx(30) equals Ry(90) Rx(10): the first angle absorbs the third.
+    EXPECT_NEAR(Rotation(OrvVector4(30.0, 90.0, 20.0), 0).GetR(0)[0], 10.0, 1e-9);
+}
+
+TEST(HostAMatrix, GetRIgnoresScale)
+{
+    const OrvVector4 lAngles(12.0, -34.0, 56.0);
+    OrvAMatrix lScale;
+    lScale.SetS(OrvVector4(2.0, 0.5, 7.0));
+    const OrvVector4 lRead = (Rotation(lAngles, 4) * lScale).GetR(4);
+    for (int k = 0; k < 3; ++k) EXPECT_NEAR(lRead[k], lAngles[k], 1e-9);
+    EXPECT_EQ(OrvAMatrix().GetR(), OrvVector4());
+}
+
+TEST(HostAMatrix, InverseIsAGeneralAffineInverse)
+{
+    OrvAMatrix lScaled;
+    lScaled.SetS(OrvVector4(2.0, 4.0, 8.0));
+    lScaled.SetT(OrvVector4(1.0, 2.0, 3.0));
+    OrvAMatrix lExpected;
+    lExpected.SetS(OrvVector4(0.5, 0.25, 0.125));
+    lExpected.SetT(OrvVector4(-0.5, -0.5, -0.375));
+    EXPECT_EQ(lScaled.Inverse(), lExpected);
+
+    OrvAMatrix lShear = Matrix3x3({{1, 2, 0}, {0, 1, 0}, {0, 0, 1}});
+    lShear.SetT(OrvVector4(0.0, 1.0, 0.0));
+    lExpected = Matrix3x3({{1, -2, 0}, {0, 1, 0}, {0, 0, 1}});
+    lExpected.SetT(OrvVector4(2.0, -1.0, 0.0));
+    EXPECT_EQ(lShear.Inverse(), lExpected);
+
+    OrvAMatrix lGeneral = Rotation(OrvVector4(10.0, 70.0, -150.0), 5) * lScaled * lShear;
+    EXPECT_TRUE(MatricesNear(OrvAMatrix(), lGeneral * lGeneral.Inverse(), kTolerance));
+    EXPECT_TRUE(MatricesNear(OrvAMatrix(), lGeneral.Inverse() * lGeneral, kTolerance));
+}
+
+TEST(HostAMatrix, InverseOfSingularPartIsIdentityThere)
+{
+    OrvAMatrix lFlat;
+    lFlat.SetS(OrvVector4(1.0, 0.0, 1.0));
+    lFlat.SetT(OrvVector4(1.0, 2.0, 3.0));
+    OrvAMatrix lExpected;
+    lExpected.SetT(OrvVector4(-1.0, -2.0, -3.0));
+    EXPECT_EQ(lFlat.Inverse(), lExpected);
+}
