@@ -1,0 +1,58 @@
+#include "orvsdk/host/OrvAnimCurveKey.h"
+
+#include "orvsdk/host/OrvMemory.h"
+
+#include <new>
+
+namespace orvsdk {
+
+namespace {
+
+OrvAnimCurveKeyImpl* AllocateKeyImpl()
+{
+    void* lBlock = OrvMalloc(sizeof(OrvAnimCurveKeyImpl));
+    return lBlock ? new (lBlock) OrvAnimCurveKeyImpl() : nullptr;
+}
+
+void DeallocateKeyImpl(OrvAnimCurveKeyImpl* pImpl)
+{
+    if (!pImpl) return;
+    pImpl->~OrvAnimCurveKeyImpl();
+    OrvFree(pImpl);
+}
+
+} // namespace
+
+const OrvAnimCurveKey::AllocatorFct OrvAnimCurveKey::mAllocatorFct = AllocateKeyImpl;
+const OrvAnimCurveKey::DeallocatorFct OrvAnimCurveKey::mDeallocatorFct = DeallocateKeyImpl;
+
+OrvAnimCurveKey::OrvAnimCurveKey() : mImpl(mAllocatorFct())
+{
+}
+
+OrvAnimCurveKey::OrvAnimCurveKey(OrvTime pTime, float pValue) : OrvAnimCurveKey()
+{
+    Set(pTime, pValue);
+}
+
+OrvAnimCurveKey::~OrvAnimCurveKey()
+{
+    mDeallocatorFct(mImpl);
+}
+
+void OrvAnimCurveKey::Set(OrvTime pTime, float pValue)
+{
+    if (mImpl) mImpl->Set(pTime, pValue);
+}
+
+OrvTime OrvAnimCurveKey::GetTime() const
+{
+    return mImpl ? mImpl->GetTime() : OrvTime();
+}
+
+float OrvAnimCurveKey::GetValue() const
+{
+    return mImpl ? mImpl->GetValue() : 0.0f;
+}
+
+} // namespace orvsdk

@@ -1,0 +1,47 @@
+#ifndef ORVSDK_HOST_ORVANIMCURVEKEY_H
+#define ORVSDK_HOST_ORVANIMCURVEKEY_H
+
+#include "orvsdk/host/OrvAnimCurveKeyImpl.h"
+#include "orvsdk/host/OrvTime.h"
+
+namespace orvsdk {
+
+// A key record handed to OrvAnimCurve::KeyAdd: a time and a value. The record owns its
+// implementation, obtained through mAllocatorFct when the record is made and returned through
+// mDeallocatorFct when it dies: one host allocation per record, so a caller makes one record
+// and sets it for every key it adds. When the allocation fails the record is empty: Set does
+// nothing, GetTime and GetValue answer 0, and curves refuse it. Not copyable.
+class OrvAnimCurveKey
+{
+public:
+    using AllocatorFct = OrvAnimCurveKeyImpl* (*)();
+    using DeallocatorFct = void (*)(OrvAnimCurveKeyImpl*);
+
+    // The host allocator hooks (OrvMalloc and OrvFree based). Constant: fixed for the process.
+    static const AllocatorFct mAllocatorFct;
+    static const DeallocatorFct mDeallocatorFct;
+
+    // A record at time 0 with value 0, linear.
+    OrvAnimCurveKey();
+    // A record set to (pTime, pValue).
+    OrvAnimCurveKey(OrvTime pTime, float pValue);
+    ~OrvAnimCurveKey();
+    OrvAnimCurveKey(const OrvAnimCurveKey&) = delete;
+    OrvAnimCurveKey& operator=(const OrvAnimCurveKey&) = delete;
+
+    // Sets time and value and resets the settings to those of a new key (OrvAnimCurveKeyImpl::Set).
+    void Set(OrvTime pTime, float pValue);
+    // The time and value last set.
+    OrvTime GetTime() const;
+    float GetValue() const;
+
+    // False when the implementation could not be allocated.
+    bool IsValid() const { return mImpl != nullptr; }
+
+private:
+    OrvAnimCurveKeyImpl* mImpl;
+};
+
+} // namespace orvsdk
+
+#endif
