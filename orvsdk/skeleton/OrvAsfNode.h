@@ -1,0 +1,179 @@
+#ifndef ORVSDK_SKELETON_ORVASFNODE_H
+#define ORVSDK_SKELETON_ORVASFNODE_H
+
+#include "orvsdk/host/OrvAMatrix.h"
+#include "orvsdk/host/OrvArray.h"
+#include "orvsdk/host/OrvTime.h"
+#include "orvsdk/host/OrvVector4.h"
+
+namespace orvsdk {
+
+class OrvAnimCurve;
+class OrvAnimCurveNode;
+class OrvNode;
+class OrvScene;
+
+// One bone of an ASF skeleton tree.
+//
+// Bones live in host memory: Create allocates and constructs one, Destroy runs the destructor
+// and frees it. A bone owns its children (destroying it destroys its subtree) and, until it
+// hands them to a host node, its six animation curves. mParent, mScene and the cached curve-node
+// pointers never own. The fields are public: the reader, the writer, the set-up and the
+// conversions to and from the host scene all fill and read them directly.
+//
+// Degrees of freedom are held as codes: "tx" 0, "ty" 1, "tz" 2, "rz" 3, "ry" 4, "rx" 5.
+// Limits are indexed by code, not by position in mDof.
+class OrvAsfNode
+{
+public:
+    static constexpr int kMaxDofs = 7;
+    static constexpr int kDofCodes = 6;
+    static constexpr int kNameSize = 256;
+
+    // A new bone with the defaults below, in host memory; null when memory runs out. The caller
+    // owns it until it is attached to a parent or stored as a scene's root.
+    static OrvAsfNode* Create();
+    // Destroys pBone and its whole subtree and frees its memory; null is accepted. The bone must
+    // no longer be listed in a parent's children.
+    static void Destroy(OrvAsfNode* pBone);
+
+    // Empty name, no degrees of freedom, no active limits, zero vectors, identity matrices, no
+    // parent, no children, no host links.
+    OrvAsfNode();
+    // Destroys the curves the bone still owns (through the host), then every child, depth
+    // first, then releases the children storage. The parent is not told.
+    ~OrvAsfNode();
+    OrvAsfNode(const OrvAsfNode&) = delete;
+    OrvAsfNode& operator=(const OrvAsfNode&) = delete;
+
+    // --- Tree operations -------------------------------------------------------------------
+
+    // Stores the host scene the bone's curves belong to; nothing else.
+    void SetScene(OrvScene* pScene);
+    // The first bone of this subtree, in depth-first pre-order (a bone before its children,
+    // children in index order), whose name equals pName byte by byte; null when none does.
+    // Cost: linear in the subtree's size.
+    OrvAsfNode* Find(const char* pName);
+    // The child at pIndex (>= 0), or null when the index is not below the child count.
+    OrvAsfNode* GetChild(int pIndex);
+    // Appends pBone to the children and makes this bone its parent; true on success. When the
+    // children array cannot grow nothing changes (pBone keeps its parent link, the existing
+    // children stay) and the result is false, so the caller still owns pBone. No duplicate test,
+    // and pBone is not taken out of a previous parent's children.
+    bool AddChild(OrvAsfNode* pBone);
+    // Clears pBone's parent link and, when pBone is among the children, takes its first entry
+    // out, keeping the order of the others. pBone is not destroyed; the caller owns it.
+    void RemoveChild(OrvAsfNode* pBone);
+
+    // --- Rest pose -------------------------------------------------------------------------
+
+    // Derives, for this bone and then its whole subtree (pre-order), the offset from the parent's
+    // joint, the copy of the parent's frame and the rest translation and rotation relative to
+    // the parent, from the global description the reader filled in. With pUseRotationOffset set
+    // the rest translation is left to the host node's rotation offset and not computed; with
+    // pUsePreRotation set the rest rotation is left to its pre-rotation. With both set both rest
+    // values are zero and every bone's position becomes its bone vector. Cannot fail.
+    void SetupPosition(bool pUseRotationOffset, bool pUsePreRotation);
+    // Rest rotation from pRelativeFrame (this bone's frame in its parent's frame), decomposed in
+    // the bone's rotation order and stored in the X, Y, Z slots of mLocalRotation.
+    void SetLocalRotationFrom(const OrvAMatrix& pRelativeFrame);
+
+    // --- Simplification --------------------------------------------------------------------
+
+    // Removes every bone below this one that has no degree of freedom and hands its children
+    // to the dummy's parent (appended in reverse order), keeping their global joint positions
+    // and frames; rest values are recomputed as SetupPosition would with the same flags, which
+    // must be the ones SetupPosition ran with. This bone itself always stays. When a parent's
+    // children array cannot take a dummy's children, that dummy and its children stay as they
+    // are. Cost: linear in the subtree's size.
+    void RemoveDummy(bool pUseRotationOffset, bool pUsePreRotation);
+    // Removes below this bone the leaves of length exactly 0 whose cached translation and
+    // rotation curve nodes are absent or not animated. A bone that becomes such a leaf only by
+    // this removal stays. This bone itself always stays.
+    void RemoveEndSite();
+
+    // --- Import: curves and host nodes ---------------------------------------------------------
+
+    // Records pScene in this bone and its whole subtree and creates, in that scene, each bone's
+    // three translation curves when it has a translation DOF and three rotation curves when it
+    // has a rotation DOF, named after the bone ("_tx" ... "_rz"). The bone owns them until
+    // SetCurves hands them over; curves held before are forgotten, not destroyed.
+    void CreateDataFromDOF(OrvScene* pScene);
+    // Writes the rest translation and rotation into pNode and connects the owned curves to its
+    // channels in the animation stack named pTakeName, replacing curves already there; the bone
+    // owns no curves afterwards. This bone only; mScene must be set.
+    void SetCurves(OrvNode* pNode, const char* pTakeName);
+    // Caches pNode's rotation offset, pre- and post-rotation and its translation, rotation and
+    // scaling curve nodes on the current animation layer (none created; null where absent). Sets
+    // mScene from the node when still null. A null pNode changes nothing. This bone only.
+    void GetCurveNodePointers(OrvNode* pNode);
+
+    // Marks the start of a sampling run on this subtree; changes nothing.
+    void StartSamplingData();
+    // Adds one key at pTime to each owned curve from this bone's pValues (one value per entry of
+    // mDof, in order), translations scaled by pTranslationFactor, rotations by pRotationFactor,
+    // expressed relative to the parent as the set-up flags require (same flags as the read and
+    // the node building). This bone only; nothing in the skeleton changes.
+    void AddSampleFromDOF(double* pValues, OrvTime& pTime, double pTranslationFactor, double pRotationFactor,
+                          bool pUseRotationOffset, bool pUsePreRotation);
+    // Ends a sampling run on this bone and its subtree: destroys curves that got at most one
+    // key and applies the host's rotation filter and constant-key reducer as its global
+    // settings ask.
+    void StopSamplingData();
+
+    // Sets pNode's rotation order, rotation offset and pre-rotation from this bone, following
+    // the two set-up flags.
+    void SetDoFs(OrvNode* pNode, bool pUseRotationOffset, bool pUsePreRotation);
+    // Sets pNode's translation limits (only with pUseRotationOffset) and rotation limits (only
+    // with pUsePreRotation) from this bone's active limits.
+    void SetLimits(OrvNode* pNode, bool pUseRotationOffset, bool pUsePreRotation);
+
+    // Builds, in pScene, the host node of this bone and the hierarchy of its subtree (plus an
+    // "_End" node under each leaf of positive length) and hands the curves over to the stack
+    // named pTakeName. Returns the node, attached to no parent; the caller attaches it. The
+    // scene owns the created objects once they are connected.
+    OrvNode* ASFToORV(OrvScene* pScene, const char* pTakeName, bool pUseLimits, bool pUseRotationOffset,
+                      bool pUsePreRotation);
+    // Like ASFToORV, but among the children of pParent: a host node named like a bone is reused,
+    // only what has no match is built.
+    void MergeASFToORV(OrvScene* pScene, OrvNode* pParent, const char* pTakeName, bool pUseLimits,
+                       bool pUseRotationOffset, bool pUsePreRotation);
+
+    // --- Fields ----------------------------------------------------------------------------
+
+    char mName[kNameSize];         // NUL-terminated; the reader names the root "root"
+    int mDofCount;                 // valid entries of mDof
+    int mDof[kMaxDofs];            // DOF codes in file order; for the root, its "order" list
+    double mLimitMin[kDofCodes];   // lower bound per DOF code, meaningful where active
+    double mLimitMax[kDofCodes];   // upper bound per DOF code, meaningful where active
+    bool mLimitMinActive[kDofCodes];
+    bool mLimitMaxActive[kDofCodes];
+    int mAxisOrder;                // OrvEuler::EOrder in which mAxis applies
+    OrvVector4 mAxis;              // orientation of the local frame, degrees
+    OrvVector4 mPosition;          // root: file position; others: joint-to-end vector, global axes
+    OrvVector4 mDirection;         // unit direction, global axes
+    double mLength;
+    OrvAsfNode* mParent;           // not owned; null for the root and detached bones
+    OrvArray<OrvAsfNode*, 16> mChildren;  // owned, in order; entries never null
+    OrvAMatrix mAxisMatrix;        // local frame in global axes
+    OrvAMatrix mAxisMatrixInverse;
+    OrvAMatrix mParentAxisMatrix;  // copy of the parent's frame; identity for the root
+    OrvAMatrix mParentAxisMatrixInverse;
+    OrvVector4 mParentOffset;      // parent's joint to this joint, global axes
+    OrvVector4 mLocalTranslation;  // rest translation in the parent's frame
+    OrvVector4 mLocalRotation;     // rest rotation relative to the parent, X, Y, Z degrees
+    OrvAnimCurveNode* mTranslationCurveNode;  // not owned
+    OrvAnimCurveNode* mRotationCurveNode;     // not owned
+    OrvAnimCurveNode* mScalingCurveNode;      // not owned; cached only
+    OrvVector4 mRotationOffset;    // host rotation offset; for a read root, its position
+    OrvVector4 mPreRotation;
+    OrvVector4 mPostRotation;
+    OrvAnimCurve* mTranslationCurve[3];  // owned until handed to a host node
+    OrvAnimCurve* mRotationCurve[3];     // owned until handed to a host node
+    bool mIgnoreLimits;            // the writer prints every bound as unbounded
+    OrvScene* mScene;              // not owned
+};
+
+} // namespace orvsdk
+
+#endif

@@ -1,0 +1,90 @@
+#ifndef ORVSDK_TESTS_ASFTESTSUPPORT_H
+#define ORVSDK_TESTS_ASFTESTSUPPORT_H
+
+// Helpers shared by the ASF skeleton tests: reading from text, the real skeleton files, and
+// small hand-built trees.
+
+#include "orvsdk/asf/OrvFileAcclaimAsf.h"
+#include "orvsdk/skeleton/OrvAsfNode.h"
+#include "orvsdk/skeleton/OrvAsfScene.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace orvsdk {
+namespace asftest {
+
+// Opens pText in pFile and reads it into pScene.
+inline bool ReadText(OrvFileAcclaimAsf& pFile, OrvAsfScene& pScene, const std::string& pText,
+                     bool pRemoveDummy = false, bool pUseRotationOffset = false, bool pUsePreRotation = false)
+{
+    pFile.Open(pText.data(), pText.size(), "test.asf");
+    return pFile.Read(&pScene, pRemoveDummy, pUseRotationOffset, pUsePreRotation);
+}
+
+// The texts of the file's messages, each with its kind: "W: text" or "E: text".
+inline std::vector<std::string> Messages(const OrvTextFile& pFile)
+{
+    std::vector<std::string> lTexts;
+    for (const OrvTextFileMessage& lMessage : pFile.GetMessages())
+        lTexts.push_back((lMessage.mKind == OrvTextFileMessage::eError ? "E: " : "W: ") + lMessage.mText);
+    return lTexts;
+}
+
+// The ASF files of the shared data folder, sorted; empty when the folder is absent.
+inline std::vector<std::filesystem::path> RealAsfFiles()
+{
+    std::vector<std::filesystem::path> lFiles;
+    const std::filesystem::path lFolder = std::filesystem::path(ORV_SHARED_DATA_DIR) / "asf";
+    std::error_code lError;
+    for (const auto& lEntry : std::filesystem::directory_iterator(lFolder, lError))
+        if (lEntry.path().extension() == ".asf") lFiles.push_back(lEntry.path());
+    std::sort(lFiles.begin(), lFiles.end());
+    return lFiles;
+}
+
+// A bone in host memory named pName, with the given DOF codes, attached under pParent when given.
+inline OrvAsfNode* MakeBone(const char* pName, std::vector<int> pDofs = {}, OrvAsfNode* pParent = nullptr)
+{
+    OrvAsfNode* lBone = OrvAsfNode::Create();
+    std::strncpy(lBone->mName, pName, OrvAsfNode::kNameSize - 1);
+    for (int lCode : pDofs) lBone->mDof[lBone->mDofCount++] = lCode;
+    if (pParent) pParent->AddChild(lBone);
+    return lBone;
+}
+
+// The subtree as text, children in parentheses: "root(a(c) b)". A child whose parent link does
+// not point back is marked with '!'.
+inline std::string TreeText(const OrvAsfNode* pBone)
+{
+    std::string lText = pBone->mName;
+    const int lCount = pBone->mChildren.GetCount();
+    for (int i = 0; i < lCount; ++i)
+    {
+        const OrvAsfNode* lChild = pBone->mChildren[i];
+        lText += (i == 0 ? "(" : " ") + TreeText(lChild) + (lChild->mParent == pBone ? "" : "!");
+    }
+    return lCount > 0 ? lText + ")" : lText;
+}
+
+// Every bone of the subtree in depth-first pre-order.
+inline void CollectBones(OrvAsfNode* pBone, std::vector<OrvAsfNode*>& pBones)
+{
+    pBones.push_back(pBone);
+    for (int i = 0; i < pBone->mChildren.GetCount(); ++i) CollectBones(pBone->mChildren[i], pBones);
+}
+
+inline std::vector<OrvAsfNode*> AllBones(OrvAsfNode* pRoot)
+{
+    std::vector<OrvAsfNode*> lBones;
+    CollectBones(pRoot, lBones);
+    return lBones;
+}
+
+} // namespace asftest
+} // namespace orvsdk
+
+#endif

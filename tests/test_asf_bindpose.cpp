@@ -1,0 +1,471 @@
+// Rest pose set-up and skeleton simplification, with an independent check: composing the rest
+// values from the root down must give back every bone's global frame and joint position.
+
+#include "AsfTestSupport.h"
+
+#include "orvsdk/host/OrvMemory.h"
+#include "orvsdk/skeleton/OrvRotationOrder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <map>
+
+using namespace orvsdk;
+using namespace orvsdk::asftest;
+
+namespace {
+
+// --- An independent 3x3 rotation toolkit ---------------------------------------------------------
+
+struct Mat3
+{
+    double m[3][3];
+};
+
+Mat3 Identity()
+{
+    return Mat3{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+}
+
+Mat3 Multiply(const Mat3& pA, const Mat3& pB)
+{
+    Mat3 lProduct{};
+    for (int r = 0; r < 3; ++r)
+        for (int c = 0; c < 3; ++c)
+            for (int k = 0; k < 3; ++k) lProduct.m[r][c] += pA.m[r][k] * pB.m[k][c];
+    return lProduct;
+}
+
+OrvVector4 Apply(const Mat3& pA, const OrvVector4& pV)
+{
+    OrvVector4 lResult;
+    for (int r = 0; r < 3; ++r) lResult[r] = pA.m[r][0] * pV[0] + pA.m[r][1] * pV[1] + pA.m[r][2] * pV[2];
+    return lResult;
+}
+
+// Rotation by pDegrees about axis pAxis (0 X, 1 Y, 2 Z), column vectors.
+Mat3 AxisRotation(int pAxis, double pDegrees)
+{
+    const double lC = std::cos(pDegrees * M_PI / 180.0);
+    const double lS = std::sin(pDegrees * M_PI / 180.0);
+    const int lU = (pAxis + 1) % 3;
+    const int lV = (pAxis + 2) % 3;
+    Mat3 lR = Identity();
+    lR.m[lU][lU] = lC;
+    lR.m[lU][lV] = -lS;
+    lR.m[lV][lU] = lS;
+    lR.m[lV][lV] = lC;
+    return lR;
+}
+
+// Axes of each rotation order in the sequence in which they apply.
+const int kSequence[6][3] = {{0, 1, 2}, {0, 2, 1}, {1, 2, 0}, {1, 0, 2}, {2, 0, 1}, {2, 1, 0}};
+
+// The bone's rest rotation: its X, Y, Z angles applied in the bone's rotation order.
+Mat3 RestRotation(const OrvAsfNode& pBone)
+{
+    const int* lAxes = kSequence[EulerOrderFromOrderBuf(pBone.mDof, pBone.mDofCount)];
+    Mat3 lR = Identity();
+    for (int k = 0; k < 3; ++k) lR = Multiply(AxisRotation(lAxes[k], pBone.mLocalRotation[lAxes[k]]), lR);
+    return lR;
+}
+
+Mat3 RotationPart(const OrvAMatrix& pMatrix)
+{
+    Mat3 lR{};
+    for (int r = 0; r < 3; ++r)
+        for (int c = 0; c < 3; ++c) lR.m[r][c] = pMatrix(r, c);
+    return lR;
+}
+
+double Deviation(const Mat3& pA, const Mat3& pB)
+{
+    double lMax = 0.0;
+    for (int r = 0; r < 3; ++r)
+        for (int c = 0; c < 3; ++c) lMax = std::max(lMax, std::fabs(pA.m[r][c] - pB.m[r][c]));
+    return lMax;
+}
+
+double Deviation(const OrvVector4& pA, const OrvVector4& pB)
+{
+    double lMax = 0.0;
+    for (int k = 0; k < 3; ++k) lMax = std::max(lMax, std::fabs(pA[k] - pB[k]));
+    return lMax;
+}
+
+// --- The independent composition ---------------------------------------------------------------
+
+struct Flags
+{
+    bool mUseRotationOffset;
+    bool mUsePreRotation;
+};
+
+const Flags kAllFlags[] = {{false, false}, {true, false}, {false, true}, {true, true}};
+
+// Global joint position of every bone: the root's position plus the offsets along the path.
+void JointsFromOffsets(const OrvAsfNode& pBone, const OrvVector4& pParentJoint, std::map<std::string, OrvVector4>& pJoints)
+{
+    const OrvVector4 lJoint = pBone.mParent ? pParentJoint + pBone.mParentOffset : pBone.mPosition;
+    pJoints[pBone.mName] = lJoint;
+    for (int i = 0; i < pBone.mChildren.GetCount(); ++i) JointsFromOffsets(*pBone.mChildren[i], lJoint, pJoints);
+}
+
+// Composes the rest values that pFlags compute from the root down and returns the largest
+// difference to each bone's frame mAxisMatrix and to its joint in pJoints.
+double ComposeSubtree(const OrvAsfNode& pBone, const Mat3& pParentFrame, const OrvVector4& pParentJoint, Flags pFlags,
+                      const std::map<std::string, OrvVector4>& pJoints)
+{
+    double lWorst = 0.0;
+    Mat3 lFrame = RotationPart(pBone.mAxisMatrix);
+    if (!pFlags.mUsePreRotation)
+    {
+        const Mat3 lComposed = Multiply(pParentFrame, RestRotation(pBone));
+        lWorst = std::max(lWorst, Deviation(lComposed, lFrame));
+        lFrame = lComposed;
+    }
+    OrvVector4 lJoint = pJoints.at(pBone.mName);
+    if (!pFlags.mUseRotationOffset)
+    {
+        const OrvVector4 lLocal = pBone.mLocalTranslation;
+        const OrvVector4 lComposed = pBone.mParent ? pParentJoint + Apply(pParentFrame, lLocal) : lLocal;
+        lWorst = std::max(lWorst, Deviation(lComposed, lJoint));
+        lJoint = lComposed;
+    }
+    for (int i = 0; i < pBone.mChildren.GetCount(); ++i)
+        lWorst = std::max(lWorst, ComposeSubtree(*pBone.mChildren[i], lFrame, lJoint, pFlags, pJoints));
+    return lWorst;
+}
+
+double ComposeFromRoot(const OrvAsfNode& pRoot, Flags pFlags)
+{
+    std::map<std::string, OrvVector4> lJoints;
+    JointsFromOffsets(pRoot, OrvVector4(), lJoints);
+    return ComposeSubtree(pRoot, Identity(), OrvVector4(), pFlags, lJoints);
+}
+
+// With both flags set the rest values are zero and every position is the bone vector; as read,
+// each offset is the parent's bone vector.
+void ExpectNoRestValues(OrvAsfNode* pRoot, bool pAsRead)
+{
+    for (const OrvAsfNode* lBone : AllBones(pRoot))
+    {
+        SCOPED_TRACE(lBone->mName);
+        EXPECT_EQ(Deviation(lBone->mLocalRotation, OrvVector4()), 0.0);
+        EXPECT_EQ(Deviation(lBone->mLocalTranslation, OrvVector4()), 0.0);
+        EXPECT_EQ(Deviation(lBone->mPosition, lBone->mDirection * lBone->mLength), 0.0);
+        if (pAsRead)
+        {
+            EXPECT_EQ(Deviation(lBone->mParentOffset, lBone->mParent ? lBone->mParent->mPosition : OrvVector4()), 0.0);
+        }
+    }
+}
+
+// A skeleton with unusual rotation orders, axes in every axis order and a dummy bone.
+//   root (order 5) -> a (rz rx ry) -> b (ry)
+//                                  -> c (dummy) -> d (rx rz) -> e (tx rz ry rx)
+const char* const kMixedSkeleton =
+    ":units\n  length 0.45\n"
+    ":root\n  order TX TY TZ RZ RY RX\n  axis XYZ\n  position 1 2 3\n  orientation 10 -20 30\n"
+    ":bonedata\n"
+    "  begin\n    name a\n    direction 1 1 0\n    length 2\n    axis 10 20 30 ZYX\n    dof rz rx ry\n  end\n"
+    "  begin\n    name b\n    direction 0 1 0\n    length 3\n    axis -40 5 60 XYZ\n    dof ry\n  end\n"
+    "  begin\n    name c\n    direction 0 0 1\n    length 1\n    axis 0 0 0 YZX\n  end\n"
+    "  begin\n    name d\n    direction 1 0 0\n    length 1\n    axis 15 25 35 XZY\n    dof rx rz\n  end\n"
+    "  begin\n    name e\n    direction 1 2 3\n    length 4\n    axis 170 -80 95 ZXY\n    dof tx rz ry rx\n  end\n"
+    ":hierarchy\n  begin\n    root a\n    a b c\n    c d\n    d e\n  end\n";
+
+} // namespace
+
+// --- SetupPosition --------------------------------------------------------------------------------
+
+TEST(AsfBindPose, RootAloneTakesItsFilePlacement)
+{
+    OrvAsfScene lScene;
+    OrvFileAcclaimAsf lFile(false);
+    ASSERT_TRUE(ReadText(lFile, lScene, ":root\n  order TX TY TZ RX RY RZ\n  position 1 2 3\n  orientation 10 20 30\n"
+                                        ":hierarchy\n"));
+    const OrvAsfNode* lRoot = lScene.mRoot;
+    EXPECT_EQ(lRoot->mLocalTranslation, OrvVector4(1, 2, 3));
+    EXPECT_EQ(lRoot->mPosition, OrvVector4(1, 2, 3));
+    EXPECT_LT(Deviation(lRoot->mLocalRotation, OrvVector4(10, 20, 30)), 1e-12);
+    EXPECT_EQ(lRoot->mParentOffset, OrvVector4());
+}
+
+TEST(AsfBindPose, RestRotationIsPlacedThroughTheBonesOrder)
+{
+    // Order 5 (rz ry rx) applies z, then y, then x: the angles come back in that sequence and
+    // go to the Z, Y and X slots, for the root and for any other bone.
+    OrvAsfNode* lRoot = MakeBone("root", {0, 1, 2, 3, 4, 5});
+    lRoot->mAxisMatrix.SetR(OrvVector4(10, 20, 30), 5);
+    lRoot->mAxisMatrixInverse = lRoot->mAxisMatrix.Inverse();
+    OrvAsfNode* lBone = MakeBone("bone", {3, 4, 5}, lRoot);
+    lBone->mAxisMatrix = lRoot->mAxisMatrix * lRoot->mAxisMatrix;
+    OrvAsfNode* lSame = MakeBone("same", {3, 4, 5}, lRoot);
+    lSame->mAxisMatrix = lRoot->mAxisMatrix;
+    lRoot->SetupPosition(false, false);
+    EXPECT_LT(Deviation(lRoot->mLocalRotation, OrvVector4(30, 20, 10)), 1e-12);
+    EXPECT_LT(Deviation(lBone->mLocalRotation, OrvVector4(30, 20, 10)), 1e-12);
+    EXPECT_LT(Deviation(lSame->mLocalRotation, OrvVector4()), 1e-12);  // the parent's axis: no rest rotation
+    OrvAsfNode::Destroy(lRoot);
+}
+
+TEST(AsfBindPose, EachFlagLeavesItsRestValueAlone)
+{
+    OrvFileAcclaimAsf lFile(false);
+    OrvAsfScene lClear;
+    ASSERT_TRUE(ReadText(lFile, lClear, kMixedSkeleton));
+    const OrvAsfNode* lA = lClear.mRoot->Find("a");
+    const OrvAsfNode* lB = lClear.mRoot->Find("b");
+    EXPECT_EQ(lB->mParentOffset, lA->mDirection * lA->mLength);
+    EXPECT_EQ(lB->mParentAxisMatrix, lA->mAxisMatrix);
+    EXPECT_EQ(lB->mParentAxisMatrixInverse, lA->mAxisMatrixInverse);
+
+    OrvFileAcclaimAsf lOffsetFile(false);
+    OrvAsfScene lOffsets;
+    ASSERT_TRUE(ReadText(lOffsetFile, lOffsets, kMixedSkeleton, false, true, false));
+    EXPECT_EQ(lOffsets.mRoot->Find("b")->mLocalTranslation, OrvVector4());
+    EXPECT_EQ(lOffsets.mRoot->Find("b")->mLocalRotation, lB->mLocalRotation);
+
+    OrvFileAcclaimAsf lPreRotationFile(false);
+    OrvAsfScene lPreRotations;
+    ASSERT_TRUE(ReadText(lPreRotationFile, lPreRotations, kMixedSkeleton, false, false, true));
+    EXPECT_EQ(lPreRotations.mRoot->Find("b")->mLocalTranslation, lB->mLocalTranslation);
+    EXPECT_EQ(lPreRotations.mRoot->Find("b")->mLocalRotation, OrvVector4());
+
+    OrvFileAcclaimAsf lBothFile(false);
+    OrvAsfScene lBoth;
+    ASSERT_TRUE(ReadText(lBothFile, lBoth, kMixedSkeleton, false, true, true));
+    EXPECT_EQ(lBoth.mRoot->mPosition, OrvVector4());
+    ExpectNoRestValues(lBoth.mRoot, true);
+    EXPECT_EQ(lBoth.mRoot->Find("b")->mParentAxisMatrix, OrvAMatrix());  // not copied in this mode
+}
+
+TEST(AsfBindPose, ComposedRestValuesGiveBackEveryFrameAndJoint)
+{
+    for (const Flags& lFlags : kAllFlags)
+    {
+        for (bool lRemoveDummy : {false, true})
+        {
+            OrvFileAcclaimAsf lFile(false);
+            OrvAsfScene lScene;
+            ASSERT_TRUE(ReadText(lFile, lScene, kMixedSkeleton, lRemoveDummy, lFlags.mUseRotationOffset, lFlags.mUsePreRotation));
+            EXPECT_EQ(TreeText(lScene.mRoot), lRemoveDummy ? "root(a(b d(e)))" : "root(a(b c(d(e))))");
+            EXPECT_LT(ComposeFromRoot(*lScene.mRoot, lFlags), 1e-9)
+                << lFlags.mUseRotationOffset << lFlags.mUsePreRotation << lRemoveDummy;
+        }
+    }
+}
+
+// --- SetupNode --------------------------------------------------------------------------------------
+
+TEST(AsfBindPose, SetupNodeOfAPlainOrEmptyBone)
+{
+    OrvAsfScene lScene;
+    lScene.mLengthUnit = 2.54;
+    OrvAsfNode lBone;
+    lScene.SetupNode(&lBone, OrvVector4(10, 0, 0), OrvVector4(), OrvVector4(1, 1, 1));
+    EXPECT_EQ(lBone.mPosition, OrvVector4(10, 0, 0));
+    EXPECT_EQ(lBone.mDirection, OrvVector4(1, 0, 0));
+    EXPECT_EQ(lBone.mLength, 10.0);
+    EXPECT_EQ(lBone.mAxisMatrix, OrvAMatrix());
+
+    OrvAsfNode lEmpty;
+    lScene.SetupNode(&lEmpty, OrvVector4(), OrvVector4(10, 20, 30), OrvVector4(1, 1, 1));
+    EXPECT_EQ(lEmpty.mLength, 0.0);
+    EXPECT_EQ(lEmpty.mPosition, OrvVector4());
+}
+
+TEST(AsfBindPose, SetupNodeComposesTheParentFrameRotationAndScale)
+{
+    OrvAsfScene lScene;
+    lScene.mLengthUnit = 0.45;
+    OrvAsfNode lBone;
+    lBone.mParentAxisMatrix.SetR(OrvVector4(0, 0, 90));
+    lScene.SetupNode(&lBone, OrvVector4(10, 0, 0), OrvVector4(0, 0, 90), OrvVector4(2, 1, 1));
+    // Two quarter turns about Z: the doubled bone vector points along -X.
+    EXPECT_LT(Deviation(lBone.mPosition, OrvVector4(-20, 0, 0)), 1e-12);
+    EXPECT_LT(Deviation(lBone.mDirection, OrvVector4(-1, 0, 0)), 1e-12);
+    EXPECT_NEAR(lBone.mLength, 20.0 * 0.45 / 2.54, 1e-12);
+    EXPECT_LT(Deviation(lBone.mAxis, OrvVector4(0, 0, 180)), 1e-9);
+    EXPECT_EQ(lBone.mAxisMatrixInverse, lBone.mAxisMatrix.Inverse());
+    EXPECT_EQ(lBone.mLocalRotation, OrvVector4());
+}
+
+// --- RemoveDummy --------------------------------------------------------------------------------
+
+namespace {
+
+// A tree whose bones point along X with unit length and carry distinct axis frames, set up with
+// both flags clear. pLayout lists "parent child dofs" triples; "-" means no dof.
+class AsfSimplifyTree : public ::testing::Test
+{
+protected:
+    void Build(std::vector<std::vector<std::string>> pLayout, Flags pFlags = {false, false})
+    {
+        mScene.mRoot = MakeBone("root", {0, 1, 2, 5, 4, 3});
+        double lAngle = 10.0;
+        for (const auto& lLine : pLayout)
+        {
+            std::vector<int> lDofs;
+            if (lLine[2] != "-") lDofs = {5, 4, 3};
+            OrvAsfNode* lBone = MakeBone(lLine[1].c_str(), lDofs, mScene.mRoot->Find(lLine[0].c_str()));
+            lBone->mDirection = OrvVector4(1, 0, 0);
+            lBone->mLength = 1.0 + lAngle / 100.0;
+            lBone->mAxisMatrix.SetR(OrvVector4(lAngle, -lAngle / 2, lAngle * 1.5));
+            lBone->mAxisMatrixInverse = lBone->mAxisMatrix.Inverse();
+            lAngle += 10.0;
+        }
+        mFlags = pFlags;
+        mScene.mRoot->SetupPosition(pFlags.mUseRotationOffset, pFlags.mUsePreRotation);
+        JointsFromOffsets(*mScene.mRoot, OrvVector4(), mJointsBefore);
+    }
+
+    void RemoveDummies() { mScene.mRoot->RemoveDummy(mFlags.mUseRotationOffset, mFlags.mUsePreRotation); }
+
+    // Every remaining bone keeps its joint and its frame is still reached by composition.
+    void ExpectPoseKept()
+    {
+        std::map<std::string, OrvVector4> lJoints;
+        JointsFromOffsets(*mScene.mRoot, OrvVector4(), lJoints);
+        for (const auto& lJoint : lJoints) EXPECT_LT(Deviation(lJoint.second, mJointsBefore.at(lJoint.first)), 1e-12) << lJoint.first;
+        EXPECT_LT(ComposeFromRoot(*mScene.mRoot, mFlags), 1e-9);
+    }
+
+    OrvAsfNode* Find(const char* pName) { return mScene.mRoot->Find(pName); }
+
+    OrvAsfScene mScene;
+    Flags mFlags{false, false};
+    std::map<std::string, OrvVector4> mJointsBefore;
+};
+
+} // namespace
+
+TEST_F(AsfSimplifyTree, DummyHandsItsChildrenUpInReverseOrder)
+{
+    Build({{"root", "d", "-"}, {"d", "a", "dof"}, {"d", "b", "dof"}});
+    const OrvVector4 lOffset = Find("d")->mParentOffset + Find("a")->mParentOffset;
+    RemoveDummies();
+    EXPECT_EQ(TreeText(mScene.mRoot), "root(b a)");
+    EXPECT_EQ(Find("a")->mParent, mScene.mRoot);
+    EXPECT_EQ(Find("a")->mParentOffset, lOffset);
+    EXPECT_EQ(Find("a")->mParentAxisMatrix, mScene.mRoot->mAxisMatrix);
+    ExpectPoseKept();
+}
+
+TEST_F(AsfSimplifyTree, HandedUpBonesGoAfterTheRemainingSiblings)
+{
+    Build({{"root", "x", "dof"}, {"root", "d", "-"}, {"root", "y", "dof"}, {"d", "p", "dof"}, {"d", "q", "dof"}});
+    RemoveDummies();
+    EXPECT_EQ(TreeText(mScene.mRoot), "root(x y q p)");
+    ExpectPoseKept();
+}
+
+TEST_F(AsfSimplifyTree, ChainsOfDummiesCollapse)
+{
+    Build({{"root", "d1", "-"}, {"d1", "d2", "-"}, {"d2", "g", "dof"}, {"g", "h", "dof"}});
+    const OrvVector4 lSum = Find("d1")->mParentOffset + Find("d2")->mParentOffset + Find("g")->mParentOffset;
+    RemoveDummies();
+    EXPECT_EQ(TreeText(mScene.mRoot), "root(g(h))");
+    EXPECT_LT(Deviation(Find("g")->mParentOffset, lSum), 1e-15);
+    ExpectPoseKept();
+}
+
+TEST_F(AsfSimplifyTree, DummyLeavesGoAndTheRootStays)
+{
+    Build({{"root", "leaf", "-"}, {"root", "one", "dof"}});
+    Find("one")->mDofCount = 1;
+    mScene.mRoot->mDofCount = 0;
+    RemoveDummies();
+    EXPECT_EQ(TreeText(mScene.mRoot), "root(one)");
+}
+
+TEST_F(AsfSimplifyTree, WithBothFlagsSetOnlyLinksAndOffsetsChange)
+{
+    Build({{"root", "a", "dof"}, {"a", "d", "-"}, {"d", "g", "dof"}}, {true, true});
+    const OrvVector4 lOffset = Find("d")->mParentOffset + Find("g")->mParentOffset;
+    RemoveDummies();
+    EXPECT_EQ(Find("g")->mParent, Find("a"));
+    EXPECT_EQ(Find("g")->mParentOffset, lOffset);
+    ExpectNoRestValues(mScene.mRoot, false);
+    ExpectPoseKept();
+}
+
+TEST_F(AsfSimplifyTree, DummyStaysWhenItsParentCannotTakeItsChildren)
+{
+    // The root holds x, d, y (capacity 4): p fits, q does not.
+    Build({{"root", "x", "dof"}, {"root", "d", "-"}, {"root", "y", "dof"}, {"d", "p", "dof"}, {"d", "q", "dof"}});
+    {
+        OrvAllocFailureScope lFailure(1);
+        RemoveDummies();
+    }
+    EXPECT_EQ(TreeText(mScene.mRoot), "root(x d(p q) y)");
+    ExpectPoseKept();
+}
+
+// --- RemoveEndSite --------------------------------------------------------------------------------
+
+TEST_F(AsfSimplifyTree, EndSitesAreZeroLengthLeaves)
+{
+    Build({{"root", "tip", "dof"}, {"root", "short", "dof"}, {"root", "joint", "dof"}, {"joint", "end", "dof"}});
+    Find("tip")->mLength = 0.0;
+    Find("short")->mLength = 0.5;
+    Find("joint")->mLength = 0.0;
+    mScene.mRoot->RemoveEndSite();
+    EXPECT_EQ(TreeText(mScene.mRoot), "root(short joint(end))");
+}
+
+TEST_F(AsfSimplifyTree, EndSiteRemovalDoesNotCascadeInOneCall)
+{
+    Build({{"root", "a", "dof"}, {"a", "b", "dof"}});
+    Find("a")->mLength = 0.0;
+    Find("b")->mLength = 0.0;
+    mScene.mRoot->RemoveEndSite();
+    EXPECT_EQ(TreeText(mScene.mRoot), "root(a)");
+    mScene.mRoot->RemoveEndSite();
+    EXPECT_EQ(TreeText(mScene.mRoot), "root");
+}
+
+// --- Real skeletons -----------------------------------------------------------------------------
+
+TEST(AsfBindPoseRealFiles, ComposedRestValuesGiveBackEveryFrameAndJointWithAndWithoutDummies)
+{
+    const auto lFiles = RealAsfFiles();
+    if (lFiles.empty()) GTEST_SKIP() << "no shared data folder";
+    double lLargest = 0.0;
+    for (const auto& lPath : lFiles)
+    {
+        for (const Flags& lFlags : kAllFlags)
+        {
+            SCOPED_TRACE(lPath.string() + " flags " + std::to_string(lFlags.mUseRotationOffset) +
+                         std::to_string(lFlags.mUsePreRotation));
+            OrvAsfScene lScenes[2];  // as read, and without dummies
+            std::map<std::string, OrvVector4> lJoints[2];
+            for (int i = 0; i < 2; ++i)
+            {
+                OrvFileAcclaimAsf lFile(false);
+                ASSERT_TRUE(lFile.Open(lPath.c_str()));
+                ASSERT_TRUE(lFile.Read(&lScenes[i], i == 1, lFlags.mUseRotationOffset, lFlags.mUsePreRotation));
+                JointsFromOffsets(*lScenes[i].mRoot, OrvVector4(), lJoints[i]);
+                const double lDeviation = ComposeFromRoot(*lScenes[i].mRoot, lFlags);
+                EXPECT_LT(lDeviation, 1e-9);
+                lLargest = std::max(lLargest, lDeviation);
+            }
+            if (lFlags.mUseRotationOffset && lFlags.mUsePreRotation) ExpectNoRestValues(lScenes[0].mRoot, true);
+
+            // The dummies (lhipjoint and rhipjoint) are gone; every other bone keeps its joint and frame.
+            EXPECT_EQ(lJoints[1].size() + 2, lJoints[0].size());
+            for (const OrvAsfNode* lBone : AllBones(lScenes[1].mRoot))
+            {
+                EXPECT_TRUE(lBone->mDofCount > 0 || !lBone->mParent) << lBone->mName;
+                EXPECT_LT(Deviation(lJoints[1].at(lBone->mName), lJoints[0].at(lBone->mName)), 1e-9) << lBone->mName;
+                EXPECT_EQ(lBone->mAxisMatrix, lScenes[0].mRoot->Find(lBone->mName)->mAxisMatrix);
+            }
+        }
+    }
+    RecordProperty("largest_deviation", std::to_string(lLargest));
+    std::printf("largest deviation on the real skeletons: %.3g\n", lLargest);
+}

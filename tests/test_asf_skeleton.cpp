@@ -1,0 +1,174 @@
+// Skeleton records: tree operations, ownership, and the rotation order codes.
+
+#include "AsfTestSupport.h"
+
+#include "orvsdk/host/OrvAnimCurve.h"
+#include "orvsdk/host/OrvMemory.h"
+#include "orvsdk/host/OrvScene.h"
+#include "orvsdk/skeleton/OrvRotationOrder.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+
+using namespace orvsdk;
+using namespace orvsdk::asftest;
+
+namespace {
+
+// root
+// +-- dup
+// |   +-- dup
+// +-- b
+//     +-- c
+class AsfSkeletonTree : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        mScene.mRoot = MakeBone("root");
+        mOuterDup = MakeBone("dup", {}, mScene.mRoot);
+        MakeBone("dup", {}, mOuterDup);
+        mB = MakeBone("b", {}, mScene.mRoot);
+        mC = MakeBone("c", {}, mB);
+    }
+
+    OrvAsfScene mScene;
+    OrvAsfNode* mOuterDup = nullptr;
+    OrvAsfNode* mB = nullptr;
+    OrvAsfNode* mC = nullptr;
+};
+
+} // namespace
+
+TEST_F(AsfSkeletonTree, FindSearchesPreOrderWithExactNames)
+{
+    EXPECT_EQ(mScene.mRoot->Find("dup"), mOuterDup);
+    EXPECT_EQ(mOuterDup->Find("dup"), mOuterDup);  // the bone itself before its descendant
+    EXPECT_EQ(mScene.mRoot->Find("c"), mC);
+    EXPECT_EQ(mScene.mRoot->Find("Root"), nullptr);
+    EXPECT_EQ(mC->Find("b"), nullptr);
+    mB->RemoveChild(mC);  // storage kept, count 0
+    EXPECT_EQ(mB->Find("c"), nullptr);
+    OrvAsfNode::Destroy(mC);
+}
+
+TEST_F(AsfSkeletonTree, GetChildStopsAtTheChildCount)
+{
+    EXPECT_EQ(mScene.mRoot->GetChild(1), mB);
+    EXPECT_EQ(mScene.mRoot->GetChild(2), nullptr);
+    EXPECT_EQ(mC->GetChild(0), nullptr);
+}
+
+TEST_F(AsfSkeletonTree, RemoveChildKeepsTheOrderOfTheOthers)
+{
+    OrvAsfNode* lD = MakeBone("d", {}, mScene.mRoot);
+    mScene.mRoot->RemoveChild(mC);  // not a child: only its parent link goes
+    EXPECT_EQ(mC->mParent, nullptr);
+    mC->mParent = mB;
+    EXPECT_EQ(TreeText(mScene.mRoot), "root(dup(dup) b(c) d)");
+    mScene.mRoot->RemoveChild(mB);
+    EXPECT_EQ(TreeText(mScene.mRoot), "root(dup(dup) d)");
+    mScene.mRoot->RemoveChild(lD);
+    EXPECT_EQ(TreeText(mScene.mRoot), "root(dup(dup))");
+    EXPECT_EQ(mScene.mRoot->mChildren.GetCapacity(), 4);  // storage is kept
+    OrvAsfNode::Destroy(mB);
+    OrvAsfNode::Destroy(lD);
+}
+
+TEST_F(AsfSkeletonTree, AddChildKeepsTheChildrenWhenTheArrayCannotGrow)
+{
+    mB->AddChild(mC);  // a second entry is not refused
+    EXPECT_EQ(TreeText(mB), "b(c c)");
+    mB->RemoveChild(mC);
+    mC->mParent = mB;
+
+    ASSERT_EQ(mScene.mRoot->mChildren.GetCapacity(), 2);  // full: the next append must grow
+    OrvAsfNode* lExtra = MakeBone("extra");
+    {
+        OrvAllocFailureScope lFailure(1);
+        EXPECT_FALSE(mScene.mRoot->AddChild(lExtra));
+    }
+    EXPECT_EQ(TreeText(mScene.mRoot), "root(dup(dup) b(c))");
+    EXPECT_EQ(lExtra->mParent, nullptr);
+    OrvAsfNode::Destroy(lExtra);
+}
+
+TEST(AsfSkeleton, SceneInHostMemoryDestroysItsWholeTree)
+{
+    for (bool lWithTree : {false, true})
+    {
+        OrvAsfScene* lScene = new (OrvMalloc(sizeof(OrvAsfScene))) OrvAsfScene;
+        EXPECT_EQ(lScene->mLengthUnit, 1.0);
+        if (lWithTree) lScene->mRoot = MakeBone("root");
+        if (lWithTree) MakeBone("b", {}, MakeBone("a", {}, lScene->mRoot));
+        lScene->Destroy();  // the sanitizer run reports anything left behind
+    }
+}
+
+TEST(AsfSkeleton, BoneDestroysOnlyTheCurvesItStillOwns)
+{
+    OrvScene* lHost = OrvScene::Create("host");
+    const int lBefore = lHost->GetObjectCount();
+    OrvAsfNode* lBone = MakeBone("arm");
+    MakeBone("hand", {}, lBone)->mTranslationCurve[2] = OrvAnimCurve::Create(lHost, "child's");
+    for (int k = 0; k < 3; ++k) lBone->mRotationCurve[k] = OrvAnimCurve::Create(lHost, "owned");
+    OrvAnimCurve* lHandedOver = OrvAnimCurve::Create(lHost, "handed over");
+    OrvAsfNode::Destroy(lBone);
+    EXPECT_EQ(lHost->GetObjectCount(), lBefore + 1);  // only the curve no bone held any more
+    lHandedOver->Destroy(false);
+    lHost->Destroy();
+}
+
+// --- Rotation order codes --------------------------------------------------------------------
+
+namespace {
+
+const int TX = 0, TY = 1, TZ = 2, RZ = 3, RY = 4, RX = 5;
+
+int OrderOf(std::vector<int> pCodes)
+{
+    return EulerOrderFromOrderBuf(pCodes.data(), static_cast<int>(pCodes.size()));
+}
+
+} // namespace
+
+TEST(AsfRotationOrder, TheLastTwoRotationsDecide)
+{
+    EXPECT_EQ(OrderOf({TX, TY, TZ, RX, RY, RZ}), 0);
+    EXPECT_EQ(OrderOf({RX, RZ, RY}), 1);
+    EXPECT_EQ(OrderOf({RY, RZ, RX}), 2);
+    EXPECT_EQ(OrderOf({RY, RX, RZ}), 3);
+    EXPECT_EQ(OrderOf({RZ, RX, RY}), 4);
+    EXPECT_EQ(OrderOf({RZ, RY, RX}), 5);
+    EXPECT_EQ(OrderOf({RZ, RX, RY, RZ}), 0);
+    EXPECT_EQ(OrderOf({RX, TY, RZ}), 3);  // translations between rotations are skipped
+}
+
+TEST(AsfRotationOrder, FewerOrRepeatedRotationsEndWithTheLastListedAxis)
+{
+    EXPECT_EQ(OrderOf({}), 0);
+    EXPECT_EQ(OrderOf({TX, TY, TZ}), 0);
+    EXPECT_EQ(OrderOf({RX}), 5);
+    EXPECT_EQ(OrderOf({RY, TX}), 4);
+    EXPECT_EQ(OrderOf({RZ}), 0);
+    EXPECT_EQ(OrderOf({RX, RX}), 5);
+    EXPECT_EQ(OrderOf({RY, RY}), 4);
+    EXPECT_EQ(OrderOf({RZ, RZ}), 0);
+}
+
+TEST(AsfRotationOrder, WritingAnOrderAndReadingItBackAgree)
+{
+    for (int lOrder = 0; lOrder < 6; ++lOrder)
+    {
+        int lCodes[5] = {TX, TY, -1, -1, -1};
+        OrderBufFromEulerOrder(lCodes, 5, static_cast<OrvEuler::EOrder>(lOrder));
+        EXPECT_EQ(lCodes[1], TY);
+        EXPECT_EQ(EulerOrderFromOrderBuf(lCodes, 5), lOrder);
+    }
+    int lCodes[3] = {RX, RY, RZ};
+    OrderBufFromEulerOrder(lCodes, 3, OrvEuler::eOrderZYX);
+    EXPECT_EQ(std::vector<int>(lCodes, lCodes + 3), (std::vector<int>{RZ, RY, RX}));
+    OrderBufFromEulerOrder(lCodes, 3, OrvEuler::eOrderSphericXYZ);
+    EXPECT_EQ(std::vector<int>(lCodes, lCodes + 3), (std::vector<int>{RZ, RY, RX}));
+}
