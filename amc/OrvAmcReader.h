@@ -1,0 +1,128 @@
+#ifndef ORVASF_AMC_ORVAMCREADER_H
+#define ORVASF_AMC_ORVAMCREADER_H
+
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace orvsdk {
+class OrvAsfScene;
+class OrvAsfNode;
+}
+
+namespace orvasf {
+
+// One warning or error met while reading a motion file.
+struct AmcMessage
+{
+    enum EKind
+    {
+        eWarning,
+        eError
+    };
+    EKind mKind;
+    int mLine;         // 1-based; 0 when the message concerns the whole file
+    std::string mText;
+};
+
+// How a motion file is turned into keys.
+struct AmcReadSettings
+{
+    double mFramesPerSecond = 120.0;
+    // The two set-up flags; they must be the ones the skeleton was read with and the ones node
+    // building will get, so that keys and node settings add up.
+    bool mUseRotationOffset = false;
+    bool mUsePreRotation = false;
+    // Called now and then with the bytes consumed so far and the file size (0 when unknown).
+    std::function<void(uint64_t pDone, uint64_t pTotal)> mProgress;
+};
+
+// Summary of one read.
+struct AmcReadResult
+{
+    bool mSucceeded = false;
+    int mFrameCount = 0;
+    int mFirstFrame = 0;  // frame number of the first frame in the file
+    int mLastFrame = 0;
+    bool mRadians = false;
+    std::vector<AmcMessage> mMessages;
+};
+
+// Reader of Acclaim AMC motion files. It streams the file (memory stays bounded by the curves
+// being built, whatever the file's size) and drives one sampling run on the skeleton: the root's
+// StartSamplingData, one AddSampleFromDOF per bone line, the root's StopSamplingData.
+//
+// File shape: optional header lines (":FULLY-SPECIFIED", ":DEGREES" or ":RADIANS", '#' comments),
+// then frames, each a frame-number line followed by one line per bone: the bone's name and one
+// value per entry of its DOF list, in the list's order. Bone lines may come in any order.
+// Frame times are (frame number - first frame number) / frames per second. Translations are
+// scaled by 2.54 / the skeleton's length unit (centimetres, like bone lengths); rotations by
+// 180 / pi under ":RADIANS", else by the skeleton's angle unit.
+//
+// Errors end the read: a frame line that is not a whole integer, a frame number that does not
+// rise, a value that is not a number, a value count that differs from the bone's DOF list, a
+// bone line before the first frame, a line longer than kMaxLineLength, an unreadable file. A bone
+// name the skeleton does not have draws one warning and its lines are skipped. After an error
+// the run is still closed (StopSamplingData), but the caller must not build nodes from it.
+class AmcReader
+{
+public:
+    static constexpr size_t kMaxLineLength = 1 << 20;
+
+    // Reads the file at pPath into pScene's skeleton. The skeleton must hold a root whose curves
+    // were created (CreateDataFromDOF). mSucceeded tells whether the whole file was read.
+    AmcReadResult Read(const char* pPath, orvsdk::OrvAsfScene& pScene, const AmcReadSettings& pSettings);
+    // The same from pSize bytes of text in memory; pName stands for the file in messages.
+    AmcReadResult Read(const char* pText, size_t pSize, const char* pName, orvsdk::OrvAsfScene& pScene,
+                       const AmcReadSettings& pSettings);
+
+    // "FILE:LINE: warning: TEXT" (or "FILE: error: TEXT" for line 0), with the file name of the
+    // last read.
+    std::string FormatMessage(const AmcMessage& pMessage) const;
+
+private:
+    AmcReadResult ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::OrvAsfScene& pScene,
+                             const AmcReadSettings& pSettings);
+    enum class ELineResult
+    {
+        eLine,
+        eEnd,
+        eTooLong,
+        eReadError
+    };
+    ELineResult ReadLine(std::FILE* pFile, std::string_view& pLine);
+    bool HandleLine(std::string_view pLine, const AmcReadSettings& pSettings);
+    bool HandleHeader(std::string_view pToken);
+    bool HandleFrameNumber(std::string_view pToken, std::string_view pRest);
+    bool HandleBoneLine(std::string_view pName, std::string_view pRest, const AmcReadSettings& pSettings);
+    orvsdk::OrvAsfNode* ResolveBone(std::string_view pName);
+    void IndexBones(orvsdk::OrvAsfNode* pRoot);
+    void Message(AmcMessage::EKind pKind, std::string pText);
+
+    std::string mFileName;
+    std::vector<char> mBuffer;  // a window of the file; holds at least one whole line
+    size_t mBufferStart = 0;
+    size_t mBufferEnd = 0;
+    bool mEndOfInput = false;
+    int mLineNumber = 0;
+    uint64_t mBytesRead = 0;
+
+    std::unordered_map<std::string_view, orvsdk::OrvAsfNode*> mBones;
+    std::unordered_map<std::string, bool> mUnknownBones;
+    std::vector<orvsdk::OrvAsfNode*> mLinePrediction;  // bone of each line slot in the last frame
+    size_t mLineInFrame = 0;
+
+    bool mInFrames = false;
+    int mFrameNumber = 0;
+    double mTranslationFactor = 1.0;
+    double mRotationFactor = 1.0;
+    AmcReadResult mResult;
+};
+
+} // namespace orvasf
+
+#endif

@@ -1,0 +1,216 @@
+// An ASF skeleton built from a host node hierarchy: one bone per host joint, intermediate
+// "Dummy" bones where sibling joints sit at different offsets.
+#include "orvsdk/skeleton/OrvAsfScene.h"
+
+#include "orvsdk/host/OrvAMatrix.h"
+#include "orvsdk/host/OrvArray.h"
+#include "orvsdk/host/OrvEuler.h"
+#include "orvsdk/host/OrvLimits.h"
+#include "orvsdk/host/OrvNode.h"
+#include "orvsdk/host/OrvString.h"
+#include "orvsdk/host/OrvTime.h"
+#include "orvsdk/skeleton/OrvAsfNode.h"
+#include "orvsdk/skeleton/OrvRotationOrder.h"
+
+#include <cstring>
+
+namespace orvsdk {
+
+namespace {
+
+const int sTranslationCodes[3] = {0, 1, 2};
+const int sRotationCodes[3] = {5, 4, 3};
+
+// Copies pFirst followed by pSecond into a bone name, truncated to fit without splitting a
+// UTF-8 sequence.
+void SetBoneName(OrvAsfNode& pBone, const char* pFirst, const char* pSecond)
+{
+    const size_t lCapacity = sizeof(pBone.mName) - 1;
+    std::string lName = std::string(pFirst) + pSecond;
+    if (lName.size() > lCapacity)
+    {
+        size_t lCut = lCapacity;
+        while (lCut > 0 && (static_cast<unsigned char>(lName[lCut]) & 0xC0) == 0x80) --lCut;
+        lName.resize(lCut);
+    }
+    std::memcpy(pBone.mName, lName.c_str(), lName.size() + 1);
+}
+
+OrvEuler::EOrder RotationOrderOf(OrvNode* pNode)
+{
+    OrvEuler::EOrder lOrder = OrvEuler::eOrderXYZ;
+    pNode->GetRotationOrder(OrvNode::eSourcePivot, lOrder);
+    return lOrder;
+}
+
+// Where pJoint's joint sits relative to its parent's joint, in the parent's frame.
+OrvVector4 JointOffset(OrvNode* pJoint, bool pUseLocalTransform)
+{
+    const OrvVector4 lOffset = pJoint->GetRotationOffset(OrvNode::eSourcePivot);
+    if (!pUseLocalTransform) return lOffset;
+    return pJoint->EvaluateLocalTranslation(OrvTime(0), OrvNode::eSourcePivot, false, false) + lOffset;
+}
+
+// The node's local scaling times the scale accumulated above it.
+OrvVector4 LevelScale(OrvNode* pNode, const OrvVector4& pScale)
+{
+    double lScaling[3] = {0.0, 0.0, 0.0};
+    pNode->LclScaling.Get(lScaling, eOrvDouble3);
+    OrvVector4 lScale(lScaling[0], lScaling[1], lScaling[2]);
+    lScale *= pScale;
+    return lScale;
+}
+
+// Pre-rotation, local rotation at time zero and inverse post-rotation of pNode, as X, Y, Z angles.
+OrvVector4 FullLocalRotation(OrvNode* pNode)
+{
+    OrvAMatrix lPre;
+    lPre.SetR(pNode->GetPreRotation(OrvNode::eSourcePivot));
+    OrvAMatrix lPost;
+    lPost.SetR(pNode->GetPostRotation(OrvNode::eSourcePivot));
+    const OrvVector4 lLocal = pNode->EvaluateLocalRotation(OrvTime(0), OrvNode::eSourcePivot, false, false);
+    OrvEuler::EOrder lOrder = RotationOrderOf(pNode);
+    if (lOrder < OrvEuler::eOrderXYZ || lOrder > OrvEuler::eOrderZYX) lOrder = OrvEuler::eOrderXYZ;
+    const int* lAxes = OrvEuler::AxisTable[lOrder];
+    OrvAMatrix lRotation;
+    lRotation.SetR(OrvVector4(lLocal[lAxes[0]], lLocal[lAxes[1]], lLocal[lAxes[2]]), lOrder);
+    lRotation = lPre * lRotation * lPost.Inverse();
+    return lRotation.GetR(0);
+}
+
+// Whether sibling joints need one intermediate bone each to carry their offsets.
+bool NeedsIntermediateBones(const OrvArray<OrvNode*, 16>& pJoints, bool pIsRoot, bool pUseLocalTransform)
+{
+    const OrvVector4 lFirst = JointOffset(pJoints[0], pUseLocalTransform);
+    if (pJoints.GetCount() == 1) return pIsRoot && lFirst.Length() > 0.0;
+    for (int i = 1; i < pJoints.GetCount(); ++i)
+        if (JointOffset(pJoints[i], pUseLocalTransform) != lFirst) return true;
+    return false;
+}
+
+void CopyLimits(const OrvLimits& pLimits, const int pCodes[3], OrvAsfNode& pBone)
+{
+    const OrvVectorTemplate3<double> lMin = pLimits.GetMin();
+    const OrvVectorTemplate3<double> lMax = pLimits.GetMax();
+    bool lMinActive[3];
+    bool lMaxActive[3];
+    pLimits.GetMinActive(lMinActive[0], lMinActive[1], lMinActive[2]);
+    pLimits.GetMaxActive(lMaxActive[0], lMaxActive[1], lMaxActive[2]);
+    for (int a = 0; a < 3; ++a)
+    {
+        pBone.mLimitMin[pCodes[a]] = lMin[a];
+        pBone.mLimitMax[pCodes[a]] = lMax[a];
+        pBone.mLimitMinActive[pCodes[a]] = lMinActive[a];
+        pBone.mLimitMaxActive[pCodes[a]] = lMaxActive[a];
+    }
+}
+
+// DOFs (optional translations, then the three rotations in the joint's order) and limits.
+void TakeDofsAndLimits(OrvNode* pJoint, bool pTranslationDofs, OrvAsfNode& pBone)
+{
+    int lCount = 0;
+    if (pTranslationDofs)
+        for (int lCode : sTranslationCodes) pBone.mDof[lCount++] = lCode;
+    for (int lCode : sRotationCodes) pBone.mDof[lCount++] = lCode;
+    pBone.mDofCount = lCount;
+    OrderBufFromEulerOrder(pBone.mDof, lCount, RotationOrderOf(pJoint));
+    if (pTranslationDofs) CopyLimits(pJoint->GetTranslationLimits(), sTranslationCodes, pBone);
+    CopyLimits(pJoint->GetRotationLimits(), sRotationCodes, pBone);
+}
+
+// Hangs pChild under pParent and copies the parent's final values into it. False, with nothing
+// changed, when the parent's children array cannot grow.
+bool Attach(OrvAsfNode& pParent, OrvAsfNode& pChild)
+{
+    if (!pParent.AddChild(&pChild)) return false;
+    pChild.mParentOffset = pParent.mPosition;
+    pChild.mParentAxisMatrix = pParent.mAxisMatrix;
+    pChild.mParentAxisMatrixInverse = pParent.mAxisMatrixInverse;
+    return true;
+}
+
+} // namespace
+
+bool OrvAsfScene::ORVToASF(OrvNode* pRoot, bool pTranslationDofs, OrvVector4 pScale, bool pUseLocalTransform)
+{
+    if (mRoot)
+    {
+        OrvAsfNode::Destroy(mRoot);
+        mRoot = nullptr;
+    }
+    std::strcpy(mName, "ASF");
+    mLengthUnit = 1.0;
+    mRoot = CreateRoot(pRoot);
+    RecursiveCreate(pRoot, mRoot, pTranslationDofs, pScale, pUseLocalTransform);
+    mRoot->RemoveEndSite();
+    return true;
+}
+
+OrvAsfNode* OrvAsfScene::CreateRoot(OrvNode* pNode)
+{
+    OrvAsfNode* lRoot = OrvAsfNode::Create();
+    std::strcpy(lRoot->mName, "root");
+    lRoot->mDofCount = 6;
+    // An order that names no Euler sequence keeps the rotations rx, ry, rz, like other bones.
+    OrvEuler::EOrder lOrder = RotationOrderOf(pNode);
+    if (lOrder < OrvEuler::eOrderXYZ || lOrder > OrvEuler::eOrderZYX) lOrder = OrvEuler::eOrderXYZ;
+    OrderBufFromEulerOrder(lRoot->mDof, 6, lOrder);
+    for (int lCode : sTranslationCodes) lRoot->mDof[lCode] = lCode;
+    lRoot->GetCurveNodePointers(pNode);
+    return lRoot;
+}
+
+void OrvAsfScene::RecursiveCreate(OrvNode* pNode, OrvAsfNode* pBone, bool pTranslationDofs, OrvVector4 pScale,
+                                  bool pUseLocalTransform)
+{
+    OrvArray<OrvNode*, 16> lJoints;
+    const int lChildCount = pNode->GetChildCount(false);
+    for (int i = 0; i < lChildCount; ++i)
+        if (pNode->GetChild(i)->GetSkeleton()) lJoints.Add(pNode->GetChild(i));
+    const OrvVector4 lScale = LevelScale(pNode, pScale);
+    if (lJoints.GetCount() == 0) return;
+
+    const bool lIsRoot = pBone == mRoot;
+    const bool lSplit = NeedsIntermediateBones(lJoints, lIsRoot, pUseLocalTransform);
+    const OrvVector4 lBoneVector = lSplit ? OrvVector4() : JointOffset(lJoints[0], pUseLocalTransform);
+    OrvVector4 lRestRotation;
+    if (!lIsRoot)
+        lRestRotation = pUseLocalTransform ? FullLocalRotation(pNode) : pNode->GetPreRotation(OrvNode::eSourcePivot);
+    SetupNode(pBone, lBoneVector, lRestRotation, lScale);
+    if (lIsRoot)
+    {
+        pBone->mPosition = pNode->GetRotationOffset(OrvNode::eSourcePivot);
+        pBone->mAxis = pNode->GetPreRotation(OrvNode::eSourcePivot);
+    }
+
+    for (int i = 0; i < lJoints.GetCount(); ++i)
+    {
+        OrvNode* lJoint = lJoints[i];
+        OrvAsfNode* lBone = OrvAsfNode::Create();
+        SetBoneName(*lBone, lJoint->GetNameWithoutNameSpacePrefix().Buffer(), "");
+        OrvAsfNode* lParent = pBone;
+        if (lSplit)
+        {
+            OrvAsfNode* lDummy = OrvAsfNode::Create();
+            SetBoneName(*lDummy, lBone->mName, "Dummy");
+            if (!Attach(*pBone, *lDummy))
+            {
+                OrvAsfNode::Destroy(lDummy);
+                OrvAsfNode::Destroy(lBone);
+                continue;
+            }
+            SetupNode(lDummy, JointOffset(lJoint, pUseLocalTransform), OrvVector4(), lScale);
+            lParent = lDummy;
+        }
+        if (!Attach(*lParent, *lBone))
+        {
+            OrvAsfNode::Destroy(lBone);
+            continue;
+        }
+        lBone->GetCurveNodePointers(lJoint);
+        TakeDofsAndLimits(lJoint, pTranslationDofs, *lBone);
+        RecursiveCreate(lJoint, lBone, pTranslationDofs, lScale, pUseLocalTransform);
+    }
+}
+
+} // namespace orvsdk
