@@ -37,13 +37,14 @@ public:
         return lHeader->mCount++;
     }
 
-    // Removes the element at pIndex (0 <= pIndex < GetCount()), moving later elements down by
-    // one place. The storage is kept.
+    // Removes the element at pIndex, moving later elements down by one place; an index outside
+    // 0 .. GetCount() - 1 changes nothing. The storage is kept.
     void RemoveAt(int pIndex)
     {
+        if (!mBlock || pIndex < 0 || pIndex >= GetHeader()->mCount) return;
         Header* lHeader = GetHeader();
-        T* lData = Data();
-        for (int i = pIndex + 1; i < lHeader->mCount; ++i) lData[i - 1] = lData[i];
+        const int lMoved = lHeader->mCount - 1 - pIndex;
+        if (lMoved > 0) std::memmove(Data() + pIndex, Data() + pIndex + 1, sizeof(T) * static_cast<size_t>(lMoved));
         --lHeader->mCount;
     }
 

@@ -1,0 +1,435 @@
+// End-to-end tests of the orvasf command-line tool: each subcommand is run as a process on the
+// sample data (and on a few real pairs when present), checking exit statuses, messages and the
+// shape of what it writes.
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kSampleAsf = std::string(ORV_SOURCE_DIR) + "/examples/walker.asf";
+const std::string kSampleAmc = std::string(ORV_SOURCE_DIR) + "/examples/walker.amc";
+// The sample: 20 bones and the root, 5 end nodes, 240 frames.
+constexpr int kSampleNodes = 26;
+constexpr int kSampleFrames = 240;
+
+struct ToolRun
+{
+    int mStatus;
+    std::string mOut;
+    std::string mErr;
+};
+
+std::string ReadFile(const fs::path& pPath)
+{
+    std::ifstream lStream(pPath, std::ios::binary);
+    std::ostringstream lText;
+    lText << lStream.rdbuf();
+    return lText.str();
+}
+
+void WriteFile(const fs::path& pPath, const std::string& pText)
+{
+    std::ofstream(pPath, std::ios::binary) << pText;
+}
+
+std::vector<std::string> Lines(const std::string& pText)
+{
+    std::vector<std::string> lLines;
+    std::istringstream lStream(pText);
+    for (std::string lLine; std::getline(lStream, lLine);) lLines.push_back(lLine);
+    return lLines;
+}
+
+std::string Quoted(const std::string& pText)
+{
+    return "'" + pText + "'";
+}
+
+// Every test runs in a folder of its own, which holds the tool's captured output too.
+class CliTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        const ::testing::TestInfo* lInfo = ::testing::UnitTest::GetInstance()->current_test_info();
+        mFolder = fs::temp_directory_path() / ("orvasf_cli_" + std::string(lInfo->name()) + "_" +
+                                               std::to_string(::getpid()));
+        fs::remove_all(mFolder);
+        fs::create_directories(mFolder / "work");
+    }
+    void TearDown() override { fs::remove_all(mFolder); }
+
+    // Runs the tool with pArguments (already quoted for the shell) and captures both streams.
+    ToolRun Run(const std::string& pArguments) const
+    {
+        const fs::path lOut = mFolder / "stdout.txt";
+        const fs::path lErr = mFolder / "stderr.txt";
+        const std::string lCommand = Quoted(ORV_TOOL_PATH) + " " + pArguments + " >" + Quoted(lOut.string()) + " 2>" +
+                                     Quoted(lErr.string());
+        const int lRaw = std::system(lCommand.c_str());
+        return {WIFEXITED(lRaw) ? WEXITSTATUS(lRaw) : -1, ReadFile(lOut), ReadFile(lErr)};
+    }
+
+    // A path in the folder the tool writes to, quoted for the shell.
+    std::string Work(const std::string& pName) const { return Quoted((mFolder / "work" / pName).string()); }
+    fs::path WorkPath(const std::string& pName) const { return mFolder / "work" / pName; }
+
+    std::vector<std::string> WorkFolderEntries() const
+    {
+        std::vector<std::string> lNames;
+        for (const auto& lEntry : fs::directory_iterator(mFolder / "work")) lNames.push_back(lEntry.path().filename());
+        std::sort(lNames.begin(), lNames.end());
+        return lNames;
+    }
+
+    // The sample motion with its 0-based line pIndex replaced by pLine.
+    fs::path SampleMotionWithLine(size_t pIndex, const std::string& pLine) const
+    {
+        std::vector<std::string> lLines = Lines(ReadFile(kSampleAmc));
+        lLines.at(pIndex) = pLine;
+        std::string lText;
+        for (const std::string& lLine : lLines) lText += lLine + "\n";
+        const fs::path lPath = WorkPath("bad.amc");
+        WriteFile(lPath, lText);
+        return lPath;
+    }
+
+    fs::path mFolder;
+};
+
+const std::string sSample = Quoted(kSampleAsf);
+const std::string sSampleMotion = Quoted(kSampleAmc);
+
+// Parses "frame,joint,x,y,z" rows into (frame, joint) -> position.
+std::map<std::pair<int, std::string>, std::vector<double>> PoseRows(const std::string& pCsv)
+{
+    std::map<std::pair<int, std::string>, std::vector<double>> lRows;
+    std::vector<std::string> lLines = Lines(pCsv);
+    for (size_t i = 1; i < lLines.size(); ++i)
+    {
+        std::istringstream lFields(lLines[i]);
+        std::string lFrame, lJoint, lX, lY, lZ;
+        std::getline(lFields, lFrame, ',');
+        std::getline(lFields, lJoint, ',');
+        std::getline(lFields, lX, ',');
+        std::getline(lFields, lY, ',');
+        std::getline(lFields, lZ, ',');
+        lRows[{std::stoi(lFrame), lJoint}] = {std::stod(lX), std::stod(lY), std::stod(lZ)};
+    }
+    return lRows;
+}
+
+// Lines 1-9 are fine; line 10 holds a length that is not a number.
+const char* const kBadSkeleton =
+    ":version 1.10\n:name broken\n:units\n  length 0.45\n:root\n  order TX TY TZ RX RY RZ\n  axis XYZ\n"
+    ":bonedata\n  begin\n    length abc\n  end\n";
+
+TEST_F(CliTest, HelpOnEverySubcommandExitsZeroAndListsExitStatuses)
+{
+    for (const char* lCommand : {"", "check", "tree", "import", "pose", "export", "format"})
+    {
+        const ToolRun lRun = Run(std::string(lCommand) + " --help");
+        EXPECT_EQ(lRun.mStatus, 0) << lCommand;
+        EXPECT_NE(lRun.mOut.find("Exit status: 0 success; 1 an input file was refused"), std::string::npos) << lCommand;
+    }
+}
+
+TEST_F(CliTest, UsageErrorsExitWithTwo)
+{
+    const std::vector<std::string> lCommands = {
+        "",
+        "frobnicate",
+        "tree",
+        "import " + sSample + " --no-such-flag",
+        "import " + sSample + " --rotation-filter sideways",
+        "import " + sSample + " --fps 0",
+        "pose " + sSample,
+        "pose " + sSample + " " + sSampleMotion + " --frames 3-1",
+        "pose " + sSample + " " + sSampleMotion + " --frames 1,,2",
+        "export " + sSample,
+        "export " + sSample + " -o " + Work("x.asf") + " --scale 1,2",
+        "format " + sSample,
+    };
+    for (const std::string& lCommand : lCommands)
+    {
+        const ToolRun lRun = Run(lCommand);
+        EXPECT_EQ(lRun.mStatus, 2) << lCommand << "\n" << lRun.mErr;
+        EXPECT_FALSE(lRun.mErr.empty()) << lCommand;
+    }
+}
+
+TEST_F(CliTest, CheckPrintsOneLinePerFileAndRefusesABadOne)
+{
+    WriteFile(WorkPath("bad.asf"), kBadSkeleton);
+    const ToolRun lRun = Run("check " + Work("bad.asf") + " " + sSample);
+    EXPECT_EQ(lRun.mStatus, 1);
+    EXPECT_NE(lRun.mErr.find(WorkPath("bad.asf").string() + ":10: error: "), std::string::npos) << lRun.mErr;
+    const std::vector<std::string> lLines = Lines(lRun.mOut);
+    ASSERT_EQ(lLines.size(), 1u) << lRun.mOut;
+    EXPECT_EQ(lLines[0], kSampleAsf + ": skeleton \"walker\", 20 bones + root, 46 DOFs, units mass 1 length 0.45 angle deg");
+
+    EXPECT_EQ(Run("check " + sSample).mStatus, 0);
+    EXPECT_EQ(Run("check " + Work("missing.asf")).mStatus, 1);
+}
+
+TEST_F(CliTest, TreeIndentsBonesWithDofsLengthsAndLimits)
+{
+    const ToolRun lRun = Run("tree " + sSample);
+    ASSERT_EQ(lRun.mStatus, 0) << lRun.mErr;
+    const std::vector<std::string> lLines = Lines(lRun.mOut);
+    ASSERT_EQ(lLines.size(), 22u);  // a title, the root and 20 bones
+    EXPECT_EQ(lLines[1], "root  dof tx ty tz rx ry rz  length 0");
+    // 7.1 file units of 1/0.45 inch are 40.0756 cm.
+    EXPECT_EQ(lLines[3], "    lfemur  dof rx ry rz  length 40.0756  limits rx (-160 20) ry (-70 70) rz (-60 70)");
+    EXPECT_EQ(lLines[4], "      ltibia  dof rx  length 41.2044  limits rx (-10 170)");
+}
+
+TEST_F(CliTest, ImportWritesEveryNodeAndCurveAsJson)
+{
+    const ToolRun lRun = Run("import " + sSample + " --motion " + sSampleMotion + " -o " + Work("scene.json"));
+    ASSERT_EQ(lRun.mStatus, 0) << lRun.mErr;
+    EXPECT_TRUE(lRun.mOut.empty());
+    const nlohmann::json lScene = nlohmann::json::parse(ReadFile(WorkPath("scene.json")));
+    EXPECT_EQ(lScene["take"], "Take 001");
+
+    const nlohmann::json& lNodes = lScene["nodes"];
+    ASSERT_EQ(lNodes.size(), static_cast<size_t>(kSampleNodes));
+    std::set<std::string> lSeen = {"RootNode"};
+    for (const nlohmann::json& lNode : lNodes)
+    {
+        EXPECT_EQ(lSeen.count(lNode["parent"].get<std::string>()), 1u) << "parent listed before " << lNode["name"];
+        lSeen.insert(lNode["name"].get<std::string>());
+        EXPECT_EQ(lNode["attribute"]["type"], "skeleton");
+    }
+    EXPECT_EQ(lSeen.count("lfoot_End"), 1u);
+    EXPECT_EQ(lNodes[2]["name"], "lfemur");
+    EXPECT_EQ(lNodes[2]["rotation"], nlohmann::json::array({0.0, 0.0, 20.0}));
+
+    // 60 rotation and translation curves of the bones with DOFs, one key per frame each.
+    const nlohmann::json& lCurves = lScene["curves"];
+    ASSERT_EQ(lCurves.size(), 60u);
+    for (const nlohmann::json& lCurve : lCurves) EXPECT_EQ(lCurve["keys"].size(), static_cast<size_t>(kSampleFrames));
+    EXPECT_EQ(lCurves[0]["name"], "root_tx");
+    EXPECT_EQ(lCurves[0]["property"], "translation");
+    EXPECT_DOUBLE_EQ(lCurves[0]["keys"][1][0].get<double>(), 1.0 / 120.0);
+}
+
+TEST_F(CliTest, ImportSetUpFlagsMoveTheRestPoseIntoPivots)
+{
+    const ToolRun lRun = Run("import " + sSample + " --rotation-offset --pre-rotation --limits --take Walk");
+    ASSERT_EQ(lRun.mStatus, 0) << lRun.mErr;
+    const nlohmann::json lScene = nlohmann::json::parse(lRun.mOut);
+    EXPECT_EQ(lScene["take"], "Walk");
+    const nlohmann::json& lFemur = lScene["nodes"][2];
+    EXPECT_EQ(lFemur["translation"], nlohmann::json::array({0.0, 0.0, 0.0}));
+    EXPECT_NE(lFemur["rotationOffset"], nlohmann::json::array({0.0, 0.0, 0.0}));
+    EXPECT_DOUBLE_EQ(lFemur["preRotation"][2].get<double>(), 20.0);
+    EXPECT_EQ(lFemur["rotationLimits"]["active"], true);
+    // Without a motion every curve had no key and was dropped.
+    EXPECT_TRUE(lScene["curves"].empty());
+}
+
+TEST_F(CliTest, ImportSummaryCountsTheSample)
+{
+    const ToolRun lRun = Run("import " + sSample + " --motion " + sSampleMotion + " --summary");
+    ASSERT_EQ(lRun.mStatus, 0) << lRun.mErr;
+    for (const char* lLine : {"  bones          20 + root\n", "  host nodes     26\n", "  curves         60\n",
+                              "  keys           14400\n", "  frames         240 at 120 fps (1.992 s)\n"})
+        EXPECT_NE(lRun.mOut.find(lLine), std::string::npos) << lLine << lRun.mOut;
+    for (const char* lStep : {"  read ", "  sampling ", "  node building "})
+        EXPECT_NE(lRun.mOut.find(lStep), std::string::npos) << lStep;
+
+    const ToolRun lReduced = Run("import " + sSample + " --motion " + sSampleMotion + " --summary --reduce-keys");
+    ASSERT_EQ(lReduced.mStatus, 0);
+    EXPECT_EQ(lReduced.mOut.find("keys           14400\n"), std::string::npos) << "constant curves lose keys";
+}
+
+TEST_F(CliTest, PosePrintsOneRowPerFrameAndNode)
+{
+    const ToolRun lRun = Run("pose " + sSample + " " + sSampleMotion + " --frames 0,120,238-239");
+    ASSERT_EQ(lRun.mStatus, 0) << lRun.mErr;
+    const std::vector<std::string> lLines = Lines(lRun.mOut);
+    ASSERT_EQ(lLines.size(), 1u + 4u * kSampleNodes);
+    EXPECT_EQ(lLines[0], "frame,joint,x,y,z");
+    // The root starts at 16.9 file units of 1/0.45 inch above the ground.
+    EXPECT_EQ(lLines[1], "0,root,0.0000,95.3911,0.0000");
+    EXPECT_EQ(lLines.back().rfind("239,", 0), 0u);
+
+    const ToolRun lAll = Run("pose " + sSample + " " + sSampleMotion + " -o " + Work("pose.csv"));
+    ASSERT_EQ(lAll.mStatus, 0) << lAll.mErr;
+    EXPECT_EQ(Lines(ReadFile(WorkPath("pose.csv"))).size(), 1u + static_cast<size_t>(kSampleFrames) * kSampleNodes);
+
+    const ToolRun lOutside = Run("pose " + sSample + " " + sSampleMotion + " --frames 240");
+    EXPECT_EQ(lOutside.mStatus, 2);
+    EXPECT_NE(lOutside.mErr.find("frame 240 is outside the motion"), std::string::npos) << lOutside.mErr;
+}
+
+TEST_F(CliTest, PoseWorldPositionsDoNotDependOnTheSetUpFlags)
+{
+    const std::string lPose = "pose " + sSample + " " + sSampleMotion + " --frames 0,57,203";
+    const auto lPlain = PoseRows(Run(lPose).mOut);
+    ASSERT_EQ(lPlain.size(), 3u * kSampleNodes);
+    for (const char* lFlags : {" --rotation-offset", " --pre-rotation", " --rotation-offset --pre-rotation"})
+    {
+        const auto lFlagged = PoseRows(Run(lPose + lFlags).mOut);
+        ASSERT_EQ(lFlagged.size(), lPlain.size()) << lFlags;
+        for (const auto& [lKey, lPosition] : lPlain)
+            for (int i = 0; i < 3; ++i)
+                EXPECT_NEAR(lFlagged.at(lKey)[i], lPosition[i], 2e-4) << lFlags << " " << lKey.second << " " << lKey.first;
+    }
+}
+
+TEST_F(CliTest, BadMotionLinesAreRefusedWithFileAndLine)
+{
+    // Line 7 of the sample is "ltibia 5", line 4 the first frame number.
+    const std::vector<std::pair<size_t, std::string>> lBreakages = {
+        {6, "ltibia five"}, {6, "ltibia 5 6"}, {3, "one"}};
+    for (const auto& [lIndex, lLine] : lBreakages)
+    {
+        const fs::path lMotion = SampleMotionWithLine(lIndex, lLine);
+        const ToolRun lRun = Run("import " + sSample + " --motion " + Quoted(lMotion.string()) + " --summary");
+        EXPECT_EQ(lRun.mStatus, 1) << lLine;
+        EXPECT_NE(lRun.mErr.find(lMotion.string() + ":" + std::to_string(lIndex + 1) + ": error: "), std::string::npos)
+            << lLine << "\n" << lRun.mErr;
+        EXPECT_TRUE(lRun.mOut.empty()) << lLine;
+    }
+}
+
+TEST_F(CliTest, UnknownBoneInMotionWarnsOnceAndSucceeds)
+{
+    const fs::path lMotion = SampleMotionWithLine(6, "tail 5");
+    const ToolRun lRun = Run("pose " + sSample + " " + Quoted(lMotion.string()) + " --frames 0");
+    EXPECT_EQ(lRun.mStatus, 0) << lRun.mErr;
+    EXPECT_NE(lRun.mErr.find(lMotion.string() + ":7: warning: "), std::string::npos) << lRun.mErr;
+    EXPECT_EQ(Lines(lRun.mOut).size(), 1u + kSampleNodes);
+}
+
+TEST_F(CliTest, FormatOutputReadsBackToTheSameTree)
+{
+    ASSERT_EQ(Run("format " + sSample + " -o " + Work("once.asf")).mStatus, 0);
+    ASSERT_EQ(Run("format " + Work("once.asf") + " -o " + Work("twice.asf")).mStatus, 0);
+    EXPECT_EQ(ReadFile(WorkPath("once.asf")), ReadFile(WorkPath("twice.asf")));
+    const ToolRun lOriginal = Run("tree " + sSample);
+    const ToolRun lFormatted = Run("tree " + Work("once.asf"));
+    ASSERT_EQ(lFormatted.mStatus, 0) << lFormatted.mErr;
+    EXPECT_EQ(lFormatted.mOut, lOriginal.mOut);
+}
+
+TEST_F(CliTest, ExportWritesASkeletonThatReadsBack)
+{
+    const ToolRun lRun = Run("export " + sSample + " -o " + Work("out.asf"));
+    ASSERT_EQ(lRun.mStatus, 0) << lRun.mErr;
+    const ToolRun lCheck = Run("check " + Work("out.asf"));
+    ASSERT_EQ(lCheck.mStatus, 0) << lCheck.mErr;
+    EXPECT_NE(lCheck.mOut.find("skeleton \"ASF\""), std::string::npos) << lCheck.mOut;
+
+    ASSERT_EQ(Run("export " + sSample + " -o " + Work("moving.asf") + " --translation-dofs --scale 2,2,2").mStatus, 0);
+    const ToolRun lTree = Run("tree " + Work("moving.asf"));
+    ASSERT_EQ(lTree.mStatus, 0) << lTree.mErr;
+    EXPECT_NE(lTree.mOut.find("lfemur  dof tx ty tz"), std::string::npos) << lTree.mOut;
+
+    ASSERT_EQ(Run("export " + sSample + " -o " + Work("local.asf") + " --local-transform").mStatus, 0);
+}
+
+TEST_F(CliTest, ExportKeepsTheRestPoseInBothModes)
+{
+    // A motion of one frame leaves every curve out, so the pose is the rest pose.
+    WriteFile(WorkPath("rest.amc"), "1\nroot 0 0 0 0 0 0\n");
+    const auto lOriginal = PoseRows(Run("pose " + sSample + " " + Work("rest.amc")).mOut);
+    ASSERT_EQ(lOriginal.size(), static_cast<size_t>(kSampleNodes));
+    for (const char* lMode : {"", " --local-transform"})
+    {
+        ASSERT_EQ(Run("export " + sSample + " -o " + Work("out.asf") + lMode).mStatus, 0) << lMode;
+        const auto lExported = PoseRows(Run("pose " + Work("out.asf") + " " + Work("rest.amc")).mOut);
+        ASSERT_EQ(lExported.size(), lOriginal.size()) << lMode;
+        for (const auto& [lKey, lPosition] : lOriginal)
+            for (int i = 0; i < 3; ++i)
+                EXPECT_NEAR(lExported.at(lKey)[i], lPosition[i], 1e-3) << lMode << " " << lKey.second;
+    }
+}
+
+TEST_F(CliTest, OutputInAMissingFolderFailsWithThreeAndNamesTheFile)
+{
+    const std::vector<std::string> lCommands = {
+        "import " + sSample + " -o " + Work("missing/scene.json"),
+        "pose " + sSample + " " + sSampleMotion + " --frames 0 -o " + Work("missing/pose.csv"),
+        "export " + sSample + " -o " + Work("missing/out.asf"),
+        "format " + sSample + " -o " + Work("missing/out.asf"),
+    };
+    for (const std::string& lCommand : lCommands)
+    {
+        const ToolRun lRun = Run(lCommand);
+        EXPECT_EQ(lRun.mStatus, 3) << lCommand;
+        EXPECT_NE(lRun.mErr.find(WorkPath("missing").string() + "/"), std::string::npos) << lRun.mErr;
+    }
+    EXPECT_EQ(WorkFolderEntries(), std::vector<std::string>{});
+}
+
+TEST_F(CliTest, ExistingOutputSurvivesAFailedRunAndNoTemporaryFileStays)
+{
+    WriteFile(WorkPath("scene.json"), "keep me\n");
+    const fs::path lMotion = SampleMotionWithLine(6, "ltibia five");
+    EXPECT_EQ(Run("import " + sSample + " --motion " + Quoted(lMotion.string()) + " -o " + Work("scene.json")).mStatus, 1);
+    EXPECT_EQ(ReadFile(WorkPath("scene.json")), "keep me\n");
+
+    // A folder in the output's place: the text is written, then cannot take the target's place.
+    fs::create_directory(WorkPath("taken.asf"));
+    const ToolRun lRun = Run("format " + sSample + " -o " + Work("taken.asf"));
+    EXPECT_EQ(lRun.mStatus, 3);
+    EXPECT_NE(lRun.mErr.find("taken.asf"), std::string::npos) << lRun.mErr;
+    EXPECT_EQ(WorkFolderEntries(), (std::vector<std::string>{"bad.amc", "scene.json", "taken.asf"}));
+}
+
+// Real pairs of the shared data folder, with the frame counts its README gives.
+struct RealPair
+{
+    const char* mAsf;
+    const char* mAmc;
+    int mFrames;
+};
+
+TEST_F(CliTest, RealPairsImportAndPose)
+{
+    const fs::path lData = ORV_SHARED_DATA_DIR;
+    if (!fs::exists(lData / "amc")) GTEST_SKIP() << "no shared data at " << lData;
+    const RealPair lPairs[] = {{"cmu_09-run", "cmu_09_06-run", 141},
+                               {"cmu_07-walk", "cmu_07_12-walk", 245},
+                               {"cmu02_fzzzz_walk", "cmu02_fzzzz_walk_01_crlf", 343},
+                               {"mo_golf", "mo_golf_01", 444}};
+    for (const RealPair& lPair : lPairs)
+    {
+        const std::string lFiles = Quoted((lData / "asf" / (std::string(lPair.mAsf) + ".asf")).string()) + " " +
+                                   Quoted((lData / "amc" / (std::string(lPair.mAmc) + ".amc")).string());
+        const ToolRun lPose = Run("pose " + lFiles + " --frames 0," + std::to_string(lPair.mFrames - 1));
+        ASSERT_EQ(lPose.mStatus, 0) << lPair.mAmc << "\n" << lPose.mErr;
+        // 30 bones, the root and one end node per leaf bone of positive length.
+        const auto lRows = PoseRows(lPose.mOut);
+        EXPECT_EQ(lRows.size() % 2, 0u);
+        EXPECT_GT(lRows.size(), 2u * 31u) << lPair.mAmc;
+        EXPECT_EQ(lRows.count({lPair.mFrames - 1, "lfoot"}), 1u) << lPair.mAmc;
+        EXPECT_EQ(Run("pose " + lFiles + " --frames " + std::to_string(lPair.mFrames)).mStatus, 2) << lPair.mAmc;
+    }
+    const std::string lSummaryFiles = Quoted((lData / "asf" / "cmu_09-run.asf").string()) +
+                                 " --motion " + Quoted((lData / "amc" / "cmu_09_06-run.amc").string());
+    const ToolRun lSummary = Run("import " + lSummaryFiles + " --summary");
+    ASSERT_EQ(lSummary.mStatus, 0) << lSummary.mErr;
+    EXPECT_NE(lSummary.mOut.find("  bones          30 + root\n"), std::string::npos) << lSummary.mOut;
+    EXPECT_NE(lSummary.mOut.find("  frames         141 at 120 fps"), std::string::npos) << lSummary.mOut;
+}
+
+} // namespace

@@ -1,0 +1,59 @@
+#ifndef ORVASF_TOOLS_ORVASF_COMMANDOPTIONS_H
+#define ORVASF_TOOLS_ORVASF_COMMANDOPTIONS_H
+
+#include <string>
+#include <vector>
+
+namespace orvasf::tool {
+
+// Everything an import needs: the files and the settings of reading, sampling and node building.
+struct ImportOptions
+{
+    std::string mAsfPath;
+    std::string mMotionPath;  // empty: import the skeleton alone
+    double mFramesPerSecond = 120.0;
+    bool mRemoveDummy = false;
+    bool mUseRotationOffset = false;
+    bool mUsePreRotation = false;
+    bool mUseLimits = false;
+    int mRotationFilter = 0;  // 0 none, 1 gimbal killer, 2 unroll
+    bool mReduceKeys = false;
+    std::string mTakeName = "Take 001";
+};
+
+// The "import" subcommand.
+struct ImportCommandOptions
+{
+    ImportOptions mImport;
+    bool mSummary = false;
+    std::string mOutputPath;  // empty: standard output
+};
+
+// The "pose" subcommand.
+struct PoseCommandOptions
+{
+    ImportOptions mImport;
+    std::string mFrames;      // frame list text; empty: every frame
+    std::string mOutputPath;  // empty: standard output
+};
+
+// The "export" subcommand.
+struct ExportCommandOptions
+{
+    std::string mAsfPath;
+    std::string mOutputPath;
+    bool mTranslationDofs = false;
+    std::string mScale = "1,1,1";
+    bool mUseLocalTransform = false;
+};
+
+// The "format" subcommand.
+struct FormatCommandOptions
+{
+    std::string mAsfPath;
+    std::string mOutputPath;
+};
+
+} // namespace orvasf::tool
+
+#endif

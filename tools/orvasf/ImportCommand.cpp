@@ -1,0 +1,76 @@
+#include "orvsdk/host/OrvAnimCurve.h"
+#include "orvsdk/skeleton/OrvAsfScene.h"
+#include "tools/orvasf/Commands.h"
+#include "tools/orvasf/ExitStatus.h"
+#include "tools/orvasf/HostSceneWalk.h"
+#include "tools/orvasf/OutputText.h"
+#include "tools/orvasf/SceneImport.h"
+#include "tools/orvasf/SceneJsonWriter.h"
+#include "tools/orvasf/SkeletonFile.h"
+
+#include <cstdio>
+#include <string>
+
+namespace orvasf::tool {
+
+namespace {
+
+std::string Duration(double pSeconds)
+{
+    char lText[32];
+    if (pSeconds < 1.0)
+        std::snprintf(lText, sizeof lText, "%.1f ms", pSeconds * 1000.0);
+    else
+        std::snprintf(lText, sizeof lText, "%.3f s", pSeconds);
+    return lText;
+}
+
+std::string FramesText(const SceneImport& pImport, double pFramesPerSecond)
+{
+    if (!pImport.HasMotion()) return "none (no motion file)";
+    const AmcReadResult& lMotion = pImport.GetMotion();
+    const int lSpan = lMotion.mFrameCount > 0 ? lMotion.mLastFrame - lMotion.mFirstFrame : 0;
+    char lText[96];
+    std::snprintf(lText, sizeof lText, "%d at %g fps (%.3f s)", lMotion.mFrameCount, pFramesPerSecond,
+                  lSpan / pFramesPerSecond);
+    return lText;
+}
+
+void PrintSummary(const SceneImport& pImport, const ImportOptions& pOptions)
+{
+    const std::vector<orvsdk::OrvNode*> lNodes = CollectNodes(pImport.GetSkeletonNode());
+    const std::vector<CurveBinding> lCurves = CollectCurves(lNodes, pImport.GetTake());
+    long long lKeys = 0;
+    for (const CurveBinding& lBinding : lCurves) lKeys += lBinding.mCurve->KeyGetCount();
+    const ImportTimings& lTimings = pImport.GetTimings();
+
+    std::printf("import of %s%s%s, take \"%s\"\n", pOptions.mAsfPath.c_str(),
+                pImport.HasMotion() ? " with " : "", pOptions.mMotionPath.c_str(), pOptions.mTakeName.c_str());
+    std::printf("  bones          %d + root\n", CountBones(pImport.GetSkeleton().mRoot) - 1);
+    std::printf("  host nodes     %zu\n", lNodes.size());
+    std::printf("  curves         %zu\n", lCurves.size());
+    std::printf("  keys           %lld\n", lKeys);
+    std::printf("  frames         %s\n", FramesText(pImport, pOptions.mFramesPerSecond).c_str());
+    std::printf("  read           %s\n", Duration(lTimings.mReadSeconds).c_str());
+    std::printf("  sampling       %s\n", Duration(lTimings.mSamplingSeconds).c_str());
+    std::printf("  node building  %s\n", Duration(lTimings.mNodeBuildingSeconds).c_str());
+}
+
+} // namespace
+
+int RunImport(const ImportCommandOptions& pOptions)
+{
+    SceneImport lImport;
+    if (!lImport.Run(pOptions.mImport)) return eInputRefused;
+    if (pOptions.mSummary)
+    {
+        PrintSummary(lImport, pOptions.mImport);
+        if (pOptions.mOutputPath.empty()) return eSuccess;
+    }
+    OutputText lOutput("JSON");
+    if (!lOutput.Open(pOptions.mOutputPath)) return eOutputFailed;
+    const bool lWritten = WriteSceneJson(lImport, pOptions.mImport.mFramesPerSecond, lOutput);
+    return lOutput.Close() && lWritten ? eSuccess : eOutputFailed;
+}
+
+} // namespace orvasf::tool

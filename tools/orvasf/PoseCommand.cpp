@@ -1,0 +1,54 @@
+#include "tools/orvasf/Commands.h"
+#include "tools/orvasf/ExitStatus.h"
+#include "tools/orvasf/HostSceneWalk.h"
+#include "tools/orvasf/MessagePrinter.h"
+#include "tools/orvasf/OutputText.h"
+#include "tools/orvasf/PoseCsvWriter.h"
+#include "tools/orvasf/SceneImport.h"
+
+#include <optional>
+#include <string>
+
+namespace orvasf::tool {
+
+namespace {
+
+// Number of frame indices the motion spans (first frame is index 0).
+int FrameSpan(const AmcReadResult& pMotion)
+{
+    return pMotion.mFrameCount > 0 ? pMotion.mLastFrame - pMotion.mFirstFrame + 1 : 0;
+}
+
+// The requested frames, or every frame when no list was given; empty with a message printed
+// when a requested frame lies outside the motion.
+std::optional<std::vector<FrameRange>> SelectFrames(const std::string& pList, int pSpan)
+{
+    if (pList.empty())
+        return pSpan > 0 ? std::vector<FrameRange>{{0, pSpan - 1}} : std::vector<FrameRange>();
+    const std::optional<std::vector<FrameRange>> lFrames = ParseFrameList(pList);
+    for (const FrameRange& lRange : lFrames.value())
+    {
+        if (lRange.mLast < pSpan) continue;
+        PrintToolError("frame " + std::to_string(lRange.mLast) + " is outside the motion" +
+                       (pSpan > 0 ? ", whose frames are 0 to " + std::to_string(pSpan - 1) : ", which has no frame"));
+        return std::nullopt;
+    }
+    return lFrames;
+}
+
+} // namespace
+
+int RunPose(const PoseCommandOptions& pOptions)
+{
+    SceneImport lImport;
+    if (!lImport.Run(pOptions.mImport)) return eInputRefused;
+    const std::optional<std::vector<FrameRange>> lFrames = SelectFrames(pOptions.mFrames, FrameSpan(lImport.GetMotion()));
+    if (!lFrames) return eUsageError;
+    OutputText lOutput("CSV");
+    if (!lOutput.Open(pOptions.mOutputPath)) return eOutputFailed;
+    const bool lWritten = WritePoseCsv(CollectNodes(lImport.GetSkeletonNode()), *lFrames,
+                                       pOptions.mImport.mFramesPerSecond, lOutput);
+    return lOutput.Close() && lWritten ? eSuccess : eOutputFailed;
+}
+
+} // namespace orvasf::tool

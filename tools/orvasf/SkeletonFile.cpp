@@ -1,0 +1,50 @@
+#include "tools/orvasf/SkeletonFile.h"
+
+#include "orvsdk/asf/OrvFileAcclaimAsf.h"
+#include "orvsdk/skeleton/OrvAsfNode.h"
+#include "orvsdk/skeleton/OrvAsfScene.h"
+#include "tools/orvasf/MessagePrinter.h"
+
+namespace orvasf::tool {
+
+bool ReadSkeleton(const std::string& pPath, orvsdk::OrvAsfScene& pScene, const SkeletonReadFlags& pFlags)
+{
+    orvsdk::OrvFileAcclaimAsf lFile(false);
+    const bool lRead = lFile.Open(pPath.c_str()) &&
+                       lFile.Read(&pScene, pFlags.mRemoveDummy, pFlags.mUseRotationOffset, pFlags.mUsePreRotation);
+    PrintMessages(lFile);
+    return lRead;
+}
+
+bool WriteSkeleton(const std::string& pPath, orvsdk::OrvAsfScene& pScene)
+{
+    orvsdk::OrvFileAcclaimAsf lFile(false);
+    bool lWritten = lFile.Create(pPath.c_str());
+    if (lWritten) lWritten = lFile.Write(&pScene);
+    // Close commits the text only when every write succeeded; it must run either way so that
+    // a failed write removes its temporary file.
+    lWritten = lFile.Close() && lWritten;
+    PrintMessages(lFile);
+    return lWritten;
+}
+
+int CountBones(const orvsdk::OrvAsfNode* pBone)
+{
+    int lCount = 1;
+    for (int i = 0; i < pBone->mChildren.GetCount(); ++i) lCount += CountBones(pBone->mChildren[i]);
+    return lCount;
+}
+
+int CountDofs(const orvsdk::OrvAsfNode* pBone)
+{
+    int lCount = pBone->mDofCount;
+    for (int i = 0; i < pBone->mChildren.GetCount(); ++i) lCount += CountDofs(pBone->mChildren[i]);
+    return lCount;
+}
+
+const char* DofName(int pCode)
+{
+    return pCode >= 0 && pCode < orvsdk::OrvAsfNode::kDofCodes ? orvsdk::OrvFileAcclaimAsf::smDof[pCode].keyword : "?";
+}
+
+} // namespace orvasf::tool
