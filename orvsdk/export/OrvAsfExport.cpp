@@ -13,6 +13,7 @@
 #include "orvsdk/skeleton/OrvRotationOrder.h"
 
 #include <cstring>
+#include <string>
 
 namespace orvsdk {
 

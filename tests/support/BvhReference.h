@@ -1,0 +1,221 @@
+#ifndef ORVASF_TESTS_SUPPORT_BVHREFERENCE_H
+#define ORVASF_TESTS_SUPPORT_BVHREFERENCE_H
+
+// An independent reading of BVH files, for checking what the BVH reader builds and what the
+// writers produce. Nothing here calls module or host maths: the file is tokenised and posed with
+// the standard BVH meaning:
+//   - a joint's local transform is the translation by OFFSET plus its position channels, then
+//     its rotation channels multiplied in the order they are listed (the first listed is the
+//     leftmost factor; column vectors);
+//   - a joint's world transform is its parent's times its local one; an End Site sits at its
+//     OFFSET in its joint's frame.
+// A helper reads world positions out of a host hierarchy for the comparison.
+
+#include "orvsdk/host/OrvAMatrix.h"
+#include "orvsdk/host/OrvNode.h"
+#include "orvsdk/host/OrvTime.h"
+
+#include <array>
+#include <cmath>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace bvhtest {
+
+using Vec3 = std::array<double, 3>;
+using Mat3 = std::array<Vec3, 3>;  // rows
+
+inline Mat3 Multiply(const Mat3& pA, const Mat3& pB)
+{
+    Mat3 lProduct{};
+    for (int r = 0; r < 3; ++r)
+        for (int c = 0; c < 3; ++c)
+            for (int k = 0; k < 3; ++k) lProduct[r][c] += pA[r][k] * pB[k][c];
+    return lProduct;
+}
+
+inline Vec3 Apply(const Mat3& pA, const Vec3& pV)
+{
+    Vec3 lResult{};
+    for (int r = 0; r < 3; ++r) lResult[r] = pA[r][0] * pV[0] + pA[r][1] * pV[1] + pA[r][2] * pV[2];
+    return lResult;
+}
+
+inline Vec3 Add(const Vec3& pA, const Vec3& pB)
+{
+    return Vec3{pA[0] + pB[0], pA[1] + pB[1], pA[2] + pB[2]};
+}
+
+inline double Distance(const Vec3& pA, const Vec3& pB)
+{
+    return std::sqrt((pA[0] - pB[0]) * (pA[0] - pB[0]) + (pA[1] - pB[1]) * (pA[1] - pB[1]) +
+                     (pA[2] - pB[2]) * (pA[2] - pB[2]));
+}
+
+// Right-handed rotation by pDegrees about axis pAxis (0 X, 1 Y, 2 Z).
+inline Mat3 AxisRotation(int pAxis, double pDegrees)
+{
+    const double lRadians = pDegrees * 3.14159265358979323846 / 180.0;
+    const int lU = (pAxis + 1) % 3;
+    const int lV = (pAxis + 2) % 3;
+    Mat3 lR{};
+    lR[pAxis][pAxis] = 1.0;
+    lR[lU][lU] = std::cos(lRadians);
+    lR[lU][lV] = -std::sin(lRadians);
+    lR[lV][lU] = std::sin(lRadians);
+    lR[lV][lV] = std::cos(lRadians);
+    return lR;
+}
+
+struct Joint
+{
+    std::string mName;              // End Sites: the joint's name followed by "_End"
+    int mParent = -1;
+    bool mEndSite = false;
+    Vec3 mOffset{};
+    std::vector<std::string> mChannels;
+    int mFirstValue = 0;
+};
+
+struct Motion
+{
+    std::vector<Joint> mJoints;     // file order
+    int mChannelCount = 0;
+    double mFrameTime = 0.0;
+    std::vector<std::vector<double>> mFrames;
+    bool mValid = false;            // false when the text could not be read
+};
+
+// Reads BVH text: blanks, tabs and line ends separate tokens; frame lines are read by line.
+inline Motion Parse(const std::string& pText)
+{
+    Motion lMotion;
+    std::string lText = pText;
+    for (char& lChar : lText)
+        if (lChar == '\r' || lChar == '\t') lChar = ' ';
+    std::istringstream lLines(lText);
+    std::string lLine;
+    std::vector<int> lOpen;  // indices of the joints whose braces are open
+    int lPending = -1;       // the joint whose "{" comes next
+    while (std::getline(lLines, lLine))
+    {
+        std::istringstream lTokens(lLine);
+        std::string lWord;
+        if (!(lTokens >> lWord)) continue;
+        if (lWord == "ROOT" || lWord == "JOINT" || lWord == "End")
+        {
+            Joint lJoint;
+            lJoint.mParent = lOpen.empty() ? -1 : lOpen.back();
+            lJoint.mEndSite = lWord == "End";
+            if (lJoint.mEndSite)
+                lJoint.mName = lMotion.mJoints[static_cast<size_t>(lJoint.mParent)].mName + "_End";
+            else
+                lTokens >> lJoint.mName;
+            lPending = static_cast<int>(lMotion.mJoints.size());
+            lMotion.mJoints.push_back(lJoint);
+        }
+        else if (lWord == "{")
+            lOpen.push_back(lPending);
+        else if (lWord == "}")
+            lOpen.pop_back();
+        else if (lWord == "OFFSET")
+        {
+            Vec3& lOffset = lMotion.mJoints[static_cast<size_t>(lOpen.back())].mOffset;
+            lTokens >> lOffset[0] >> lOffset[1] >> lOffset[2];
+        }
+        else if (lWord == "CHANNELS")
+        {
+            Joint& lJoint = lMotion.mJoints[static_cast<size_t>(lOpen.back())];
+            int lCount = 0;
+            lTokens >> lCount;
+            lJoint.mChannels.resize(static_cast<size_t>(lCount));
+            for (std::string& lName : lJoint.mChannels) lTokens >> lName;
+            lJoint.mFirstValue = lMotion.mChannelCount;
+            lMotion.mChannelCount += lCount;
+        }
+        else if (lWord == "Frame")
+        {
+            std::string lTime;
+            lTokens >> lTime >> lMotion.mFrameTime;
+        }
+        else if (lWord != "HIERARCHY" && lWord != "MOTION" && lWord.rfind("Frames", 0) != 0)
+        {
+            std::vector<double> lValues{std::stod(lWord)};
+            double lValue = 0.0;
+            while (lTokens >> lValue) lValues.push_back(lValue);
+            if (static_cast<int>(lValues.size()) != lMotion.mChannelCount) return lMotion;
+            lMotion.mFrames.push_back(lValues);
+        }
+    }
+    lMotion.mValid = lOpen.empty() && !lMotion.mJoints.empty() && lMotion.mFrameTime > 0.0;
+    return lMotion;
+}
+
+inline Motion ReadFile(const std::string& pPath)
+{
+    std::ifstream lFile(pPath, std::ios::binary);
+    std::ostringstream lText;
+    lText << lFile.rdbuf();
+    return Parse(lText.str());
+}
+
+// World position of every joint and End Site of pMotion at frame pFrame, in file order.
+inline std::vector<Vec3> WorldPositions(const Motion& pMotion, size_t pFrame)
+{
+    const std::vector<double>& lValues = pMotion.mFrames[pFrame];
+    std::vector<Vec3> lPositions(pMotion.mJoints.size());
+    std::vector<Mat3> lRotations(pMotion.mJoints.size());
+    for (size_t j = 0; j < pMotion.mJoints.size(); ++j)
+    {
+        const Joint& lJoint = pMotion.mJoints[j];
+        Vec3 lTranslation = lJoint.mOffset;
+        Mat3 lRotation = AxisRotation(0, 0.0);
+        for (size_t c = 0; c < lJoint.mChannels.size(); ++c)
+        {
+            const std::string& lName = lJoint.mChannels[c];
+            const int lAxis = lName[0] - 'X';
+            const double lValue = lValues[static_cast<size_t>(lJoint.mFirstValue) + c];
+            if (lName.find("position") != std::string::npos)
+                lTranslation[static_cast<size_t>(lAxis)] += lValue;
+            else
+                lRotation = Multiply(lRotation, AxisRotation(lAxis, lValue));
+        }
+        if (lJoint.mParent < 0)
+        {
+            lPositions[j] = lTranslation;
+            lRotations[j] = lRotation;
+            continue;
+        }
+        const size_t lParent = static_cast<size_t>(lJoint.mParent);
+        lPositions[j] = Add(lPositions[lParent], Apply(lRotations[lParent], lTranslation));
+        lRotations[j] = Multiply(lRotations[lParent], lRotation);
+    }
+    return lPositions;
+}
+
+// World position at pTime of pNode and of every node below it, by node name.
+inline void HostPositions(orvsdk::OrvNode* pNode, const orvsdk::OrvAMatrix& pGlobal, orvsdk::OrvTime pTime,
+                          std::unordered_map<std::string, Vec3>& pPositions)
+{
+    const orvsdk::OrvVector4 lPosition = pGlobal.GetT();
+    pPositions[pNode->GetName()] = Vec3{lPosition[0], lPosition[1], lPosition[2]};
+    for (int i = 0; i < pNode->GetChildCount(false); ++i)
+    {
+        orvsdk::OrvNode* lChild = pNode->GetChild(i);
+        HostPositions(lChild, pGlobal * lChild->EvaluateLocalTransform(pTime), pTime, pPositions);
+    }
+}
+
+inline std::unordered_map<std::string, Vec3> HostPositions(orvsdk::OrvNode* pTop, orvsdk::OrvTime pTime)
+{
+    std::unordered_map<std::string, Vec3> lPositions;
+    HostPositions(pTop, pTop->EvaluateGlobalTransform(pTime), pTime, lPositions);
+    return lPositions;
+}
+
+} // namespace bvhtest
+
+#endif

@@ -1,0 +1,106 @@
+#ifndef ORVSDK_TESTS_SUPPORT_HOSTSCENESUPPORT_H
+#define ORVSDK_TESTS_SUPPORT_HOSTSCENESUPPORT_H
+
+// Helpers shared by the tests of the import and export paths: host scenes with an animation
+// stack, and paths into the shared data folder.
+
+#include "orvsdk/host/OrvAnimCurve.h"
+#include "orvsdk/host/OrvAnimCurveKey.h"
+#include "orvsdk/host/OrvAnimLayer.h"
+#include "orvsdk/host/OrvAnimStack.h"
+#include "orvsdk/host/OrvNode.h"
+#include "orvsdk/host/OrvScene.h"
+#include "orvsdk/host/OrvSkeleton.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace orvsdk {
+namespace hosttest {
+
+struct SceneDeleter
+{
+    void operator()(OrvScene* pScene) const { pScene->Destroy(); }
+};
+using ScenePointer = std::unique_ptr<OrvScene, SceneDeleter>;
+
+// A host scene holding a stack named pTake with one layer; the stack is the current one.
+inline ScenePointer CreateHostScene(const char* pTake = "Take")
+{
+    ScenePointer lScene(OrvScene::Create("scene"));
+    OrvAnimStack* lStack = OrvAnimStack::Create(lScene.get(), pTake);
+    OrvAnimLayer::Create(lStack, "Base");
+    lScene->SetCurrentAnimationStack(lStack);
+    return lScene;
+}
+
+// A node named pName carrying a skeleton attribute when pJoint is set, made the last child of
+// pParent.
+inline OrvNode* AddNode(OrvNode* pParent, const char* pName, bool pJoint = true)
+{
+    OrvNode* lNode = OrvNode::Create(pParent, pName);
+    if (pJoint) lNode->SetNodeAttribute(OrvSkeleton::Create(pParent->GetScene(), ""));
+    return lNode;
+}
+
+// The values of pCurve's keys, in time order.
+inline std::vector<float> KeyValues(const OrvAnimCurve* pCurve)
+{
+    std::vector<float> lValues;
+    for (int i = 0; i < pCurve->KeyGetCount(); ++i) lValues.push_back(pCurve->KeyGetValue(i));
+    return lValues;
+}
+
+// Adds a key of value pValue at tick pTicks.
+inline void AddKey(OrvAnimCurve* pCurve, int64_t pTicks, float pValue)
+{
+    OrvAnimCurveKey lKey;
+    lKey.Set(OrvTime(pTicks), pValue);
+    pCurve->KeyAdd(OrvTime(pTicks), lKey);
+}
+
+// The names of pNode's subtree: "name(child child(grandchild))", children in order.
+inline std::string NodeTree(const OrvNode* pNode)
+{
+    std::string lText = pNode->GetName();
+    if (pNode->GetChildCount(false) == 0) return lText;
+    lText += "(";
+    for (int i = 0; i < pNode->GetChildCount(false); ++i) lText += (i ? " " : "") + NodeTree(pNode->GetChild(i));
+    return lText + ")";
+}
+
+// Expects X, Y, Z of pActual within pTolerance of (pX, pY, pZ).
+inline void ExpectVectorNear(const OrvVector4& pActual, double pX, double pY, double pZ, double pTolerance = 1e-9)
+{
+    EXPECT_NEAR(pActual[0], pX, pTolerance);
+    EXPECT_NEAR(pActual[1], pY, pTolerance);
+    EXPECT_NEAR(pActual[2], pZ, pTolerance);
+}
+
+// The three doubles of a node's local transform property.
+inline OrvVector4 PropertyValue(const OrvProperty& pProperty)
+{
+    double lValue[3] = {0.0, 0.0, 0.0};
+    pProperty.Get(lValue, eOrvDouble3);
+    return OrvVector4(lValue[0], lValue[1], lValue[2]);
+}
+
+// The file pName + pExtension in the folder pFolder of the shared data folder.
+inline std::string SharedDataPath(const char* pFolder, const std::string& pName, const char* pExtension)
+{
+    return (std::filesystem::path(ORV_SHARED_DATA_DIR) / pFolder / (pName + pExtension)).string();
+}
+
+inline bool HasSharedData()
+{
+    return std::filesystem::is_directory(ORV_SHARED_DATA_DIR);
+}
+
+} // namespace hosttest
+} // namespace orvsdk
+
+#endif

@@ -1,0 +1,294 @@
+#ifndef ORVSDK_TESTS_SUPPORT_REFERENCEKINEMATICS_H
+#define ORVSDK_TESTS_SUPPORT_REFERENCEKINEMATICS_H
+
+// An independent forward kinematics of Acclaim ASF/AMC data, for checking what the module builds.
+//
+// Only the raw description of each bone is taken from a read OrvAsfScene (name, parent, unit
+// direction, length, axis angles and their order, DOF list, units); everything else, the
+// rotation maths included, is computed here from what the ASF/AMC data mean:
+//   - a bone's frame C is its axis angles applied in its axis order (first named axis first);
+//   - its motion rotation M is its DOF angles multiplied in DOF-list order, each later DOF from
+//     the left, applied in the bone's frame: the rotation in world axes is C * M * C^-1;
+//   - the world rotation of a bone is its parent's world rotation times its own C * M * C^-1;
+//   - a bone starts where its parent ends and ends at its start plus its world rotation applied to
+//     direction * length; translation DOFs move the start along the bone's frame C, turned by the
+//     parent's motion; the root starts at its position plus its translation DOFs, in world axes;
+//   - translations and the root position are in the file's length unit and become centimetres,
+//     like bone lengths, through 2.54 / length unit.
+// A small AMC reader and a helper that evaluates host node world positions complete the check.
+
+#include "orvsdk/host/OrvNode.h"
+#include "orvsdk/host/OrvTime.h"
+#include "orvsdk/skeleton/OrvAsfNode.h"
+#include "orvsdk/skeleton/OrvAsfScene.h"
+
+#include <array>
+#include <cctype>
+#include <cmath>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace orvsdk {
+namespace reference {
+
+// --- Small 3D maths ------------------------------------------------------------------------------
+
+using Vec3 = std::array<double, 3>;
+using Mat3 = std::array<Vec3, 3>;  // rows; column-vector convention
+
+inline Mat3 Identity()
+{
+    return Mat3{{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}};
+}
+
+inline Mat3 Multiply(const Mat3& pA, const Mat3& pB)
+{
+    Mat3 lProduct{};
+    for (int r = 0; r < 3; ++r)
+        for (int c = 0; c < 3; ++c)
+            for (int k = 0; k < 3; ++k) lProduct[r][c] += pA[r][k] * pB[k][c];
+    return lProduct;
+}
+
+// The inverse of a rotation.
+inline Mat3 Transpose(const Mat3& pA)
+{
+    Mat3 lT{};
+    for (int r = 0; r < 3; ++r)
+        for (int c = 0; c < 3; ++c) lT[r][c] = pA[c][r];
+    return lT;
+}
+
+inline Vec3 Apply(const Mat3& pA, const Vec3& pV)
+{
+    Vec3 lResult{};
+    for (int r = 0; r < 3; ++r) lResult[r] = pA[r][0] * pV[0] + pA[r][1] * pV[1] + pA[r][2] * pV[2];
+    return lResult;
+}
+
+inline Vec3 Add(const Vec3& pA, const Vec3& pB)
+{
+    return Vec3{pA[0] + pB[0], pA[1] + pB[1], pA[2] + pB[2]};
+}
+
+inline Vec3 Scale(const Vec3& pV, double pFactor)
+{
+    return Vec3{pV[0] * pFactor, pV[1] * pFactor, pV[2] * pFactor};
+}
+
+inline double Distance(const Vec3& pA, const Vec3& pB)
+{
+    return std::sqrt((pA[0] - pB[0]) * (pA[0] - pB[0]) + (pA[1] - pB[1]) * (pA[1] - pB[1]) +
+                     (pA[2] - pB[2]) * (pA[2] - pB[2]));
+}
+
+// Right-handed rotation by pDegrees about axis pAxis (0 X, 1 Y, 2 Z).
+inline Mat3 AxisRotation(int pAxis, double pDegrees)
+{
+    const double lRadians = pDegrees * 3.14159265358979323846 / 180.0;
+    const double lC = std::cos(lRadians);
+    const double lS = std::sin(lRadians);
+    const int lU = (pAxis + 1) % 3;
+    const int lV = (pAxis + 2) % 3;
+    Mat3 lR = Identity();
+    lR[lU][lU] = lC;
+    lR[lU][lV] = -lS;
+    lR[lV][lU] = lS;
+    lR[lV][lV] = lC;
+    return lR;
+}
+
+// The axes of the rotation orders XYZ, XZY, YZX, YXZ, ZXY, ZYX (the reader's order codes 0 to 5),
+// in the sequence in which they apply.
+inline const int* AxisSequence(int pOrder)
+{
+    static const int sSequences[6][3] = {{0, 1, 2}, {0, 2, 1}, {1, 2, 0}, {1, 0, 2}, {2, 0, 1}, {2, 1, 0}};
+    return sSequences[pOrder >= 0 && pOrder < 6 ? pOrder : 0];
+}
+
+// X, Y, Z angles applied one axis after the other in pOrder's sequence.
+inline Mat3 EulerRotation(const OrvVector4& pAngles, int pOrder)
+{
+    const int* lAxes = AxisSequence(pOrder);
+    Mat3 lR = Identity();
+    for (int k = 0; k < 3; ++k) lR = Multiply(AxisRotation(lAxes[k], pAngles[lAxes[k]]), lR);
+    return lR;
+}
+
+inline Vec3 ToVec3(const OrvVector4& pV)
+{
+    return Vec3{pV[0], pV[1], pV[2]};
+}
+
+// --- Skeleton ------------------------------------------------------------------------------------
+
+struct Bone
+{
+    std::string mName;
+    int mParent = -1;           // index in Skeleton::mBones; -1 for the root
+    Vec3 mVector{};             // rest bone vector in world axes, centimetres
+    Mat3 mFrame = Identity();   // C
+    std::vector<int> mDofs;     // tx 0, ty 1, tz 2, rz 3, ry 4, rx 5, in list order
+    int mFirstValue = 0;        // index of the bone's first value in a flat pose
+};
+
+struct Skeleton
+{
+    std::vector<Bone> mBones;   // parents before children; the root first
+    Vec3 mRootPosition{};       // centimetres
+    double mLengthFactor = 1.0; // file length unit to centimetres
+    int mValueCount = 0;        // size of a flat pose: every bone's DOF values, bone by bone
+    std::unordered_map<std::string, int> mIndex;  // bone name to index
+};
+
+inline void DescribeBone(const OrvAsfNode& pBone, int pParent, Skeleton& pSkeleton)
+{
+    Bone lBone;
+    lBone.mName = pBone.mName;
+    lBone.mParent = pParent;
+    lBone.mVector = Scale(ToVec3(pBone.mDirection), pBone.mLength);
+    lBone.mFrame = EulerRotation(pBone.mAxis, pBone.mAxisOrder);
+    lBone.mDofs.assign(pBone.mDof, pBone.mDof + pBone.mDofCount);
+    lBone.mFirstValue = pSkeleton.mValueCount;
+    pSkeleton.mValueCount += pBone.mDofCount;
+    const int lIndex = static_cast<int>(pSkeleton.mBones.size());
+    pSkeleton.mIndex.emplace(lBone.mName, lIndex);
+    pSkeleton.mBones.push_back(lBone);
+    for (int i = 0; i < pBone.mChildren.GetCount(); ++i) DescribeBone(*pBone.mChildren[i], lIndex, pSkeleton);
+}
+
+// The raw description of a skeleton as read (both set-up flags clear, so that the root keeps its
+// file position), with no dummy removed.
+inline Skeleton DescribeSkeleton(const OrvAsfScene& pScene)
+{
+    Skeleton lSkeleton;
+    lSkeleton.mLengthFactor = pScene.mLengthUnit > 0.0 ? 2.54 / pScene.mLengthUnit : 1.0;
+    lSkeleton.mRootPosition = Scale(ToVec3(pScene.mRoot->mPosition), lSkeleton.mLengthFactor);
+    DescribeBone(*pScene.mRoot, -1, lSkeleton);
+    return lSkeleton;
+}
+
+// --- Pose ----------------------------------------------------------------------------------------
+
+struct BonePose
+{
+    Vec3 mStart{};  // the joint
+    Vec3 mEnd{};    // the joint plus the posed bone vector
+};
+
+// Every bone's joint and end in world space for one flat pose (pValues holds the skeleton's
+// mValueCount DOF values, in file units and degrees; null means the rest pose).
+inline std::vector<BonePose> Pose(const Skeleton& pSkeleton, const double* pValues)
+{
+    std::vector<BonePose> lPoses(pSkeleton.mBones.size());
+    std::vector<Mat3> lWorld(pSkeleton.mBones.size());
+    for (size_t b = 0; b < pSkeleton.mBones.size(); ++b)
+    {
+        const Bone& lBone = pSkeleton.mBones[b];
+        Mat3 lMotion = Identity();
+        Vec3 lTranslation{};
+        for (size_t i = 0; i < lBone.mDofs.size(); ++i)
+        {
+            const double lValue = pValues ? pValues[lBone.mFirstValue + static_cast<int>(i)] : 0.0;
+            const int lCode = lBone.mDofs[i];
+            if (lCode <= 2)
+                lTranslation[lCode] += lValue * pSkeleton.mLengthFactor;
+            else
+                lMotion = Multiply(AxisRotation(5 - lCode, lValue), lMotion);
+        }
+        const Mat3 lLocal = Multiply(Multiply(lBone.mFrame, lMotion), Transpose(lBone.mFrame));
+        if (lBone.mParent < 0)
+        {
+            lWorld[b] = lLocal;
+            lPoses[b].mStart = Add(pSkeleton.mRootPosition, lTranslation);
+        }
+        else
+        {
+            const Mat3& lParentWorld = lWorld[lBone.mParent];
+            lWorld[b] = Multiply(lParentWorld, lLocal);
+            const Vec3 lMoved = Apply(lParentWorld, Apply(lBone.mFrame, lTranslation));
+            lPoses[b].mStart = Add(lPoses[lBone.mParent].mEnd, lMoved);
+        }
+        lPoses[b].mEnd = Add(lPoses[b].mStart, Apply(lWorld[b], lBone.mVector));
+    }
+    return lPoses;
+}
+
+// --- Motion --------------------------------------------------------------------------------------
+
+struct Frame
+{
+    int mNumber = 0;
+    std::vector<double> mValues;  // a flat pose
+};
+
+struct Motion
+{
+    std::vector<Frame> mFrames;
+    bool mRadians = false;
+};
+
+// Reads an AMC file for pSkeleton. A bone missing from a frame keeps its values of the frame
+// before (the last key of its curves holds on); lines of unknown bones are ignored. Values are
+// stored as written; rotations are turned into degrees under ":RADIANS". Empty on a missing file.
+inline Motion ReadMotion(const std::string& pPath, const Skeleton& pSkeleton)
+{
+    Motion lMotion;
+    std::ifstream lFile(pPath, std::ios::binary);
+    std::vector<double> lCurrent(static_cast<size_t>(pSkeleton.mValueCount), 0.0);
+    std::string lLine;
+    while (std::getline(lFile, lLine))
+    {
+        std::istringstream lTokens(lLine);
+        std::string lFirst;
+        if (!(lTokens >> lFirst) || lFirst[0] == '#') continue;
+        if (lFirst[0] == ':')
+        {
+            if (lFirst.rfind(":RADIANS", 0) == 0) lMotion.mRadians = true;
+            continue;
+        }
+        if (std::isdigit(static_cast<unsigned char>(lFirst[0])))
+        {
+            if (!lMotion.mFrames.empty()) lMotion.mFrames.back().mValues = lCurrent;
+            lMotion.mFrames.push_back(Frame{std::stoi(lFirst), {}});
+            continue;
+        }
+        const auto lFound = pSkeleton.mIndex.find(lFirst);
+        if (lFound == pSkeleton.mIndex.end()) continue;
+        const Bone& lBone = pSkeleton.mBones[lFound->second];
+        for (size_t i = 0; i < lBone.mDofs.size(); ++i)
+        {
+            double lValue = 0.0;
+            lTokens >> lValue;
+            if (lMotion.mRadians && lBone.mDofs[i] > 2) lValue *= 180.0 / 3.14159265358979323846;
+            lCurrent[lBone.mFirstValue + i] = lValue;
+        }
+    }
+    if (!lMotion.mFrames.empty()) lMotion.mFrames.back().mValues = lCurrent;
+    return lMotion;
+}
+
+// --- Host side -----------------------------------------------------------------------------------
+
+// World position at pTime of pNode and of every node below it, keyed by node name (a later node
+// of the same name replaces an earlier one).
+inline void HostWorldPositions(OrvNode* pNode, OrvTime pTime, std::unordered_map<std::string, Vec3>& pPositions)
+{
+    pPositions[pNode->GetName()] = ToVec3(pNode->EvaluateGlobalTransform(pTime).GetT());
+    for (int i = 0; i < pNode->GetChildCount(false); ++i) HostWorldPositions(pNode->GetChild(i), pTime, pPositions);
+}
+
+inline std::unordered_map<std::string, Vec3> HostWorldPositions(OrvNode* pNode, OrvTime pTime)
+{
+    std::unordered_map<std::string, Vec3> lPositions;
+    HostWorldPositions(pNode, pTime, lPositions);
+    return lPositions;
+}
+
+} // namespace reference
+} // namespace orvsdk
+
+#endif

@@ -1,0 +1,641 @@
+// The import path on a small skeleton: curve creation and hand-over, motion samples, the flush
+// with its filters, host node building with rotation settings, limits and end nodes, and the
+// merge onto existing host hierarchies.
+
+#include "tests/AsfTestSupport.h"
+#include "tests/support/HostSceneSupport.h"
+
+#include "orvsdk/host/OrvAnimCurveFilterGimbleKiller.h"
+#include "orvsdk/host/OrvAnimCurveFilterUnroll.h"
+#include "orvsdk/host/OrvAnimCurveNode.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <limits>
+#include <utility>
+#include <vector>
+
+using namespace orvsdk;
+using namespace orvsdk::asftest;
+using namespace orvsdk::hosttest;
+
+namespace {
+
+// Lengths are in centimetres (the length unit 2.54 cancels the inch conversion).
+//
+//   root   tx ty tz rx ry rz, position (1, 2, 3)
+//   +-- spine  rx ry rz, along Y, length 10, axis turned 30 degrees about Z
+//       +-- arm    rz ry rx, along X, length 5, axis turned 90 degrees about Z
+//       +-- tip    ry rz rx, length 0
+//       +-- hip    no DOF, along Z, length 2
+//           +-- slide  tx, along X, length 1
+const char* const kSkeleton =
+    ":version 1.10\n:name fixture\n:units\n  mass 1.0\n  length 2.54\n  angle deg\n"
+    ":root\n  order TX TY TZ RX RY RZ\n  axis XYZ\n  position 1 2 3\n  orientation 0 0 0\n"
+    ":bonedata\n"
+    "  begin\n    id 1\n    name spine\n    direction 0 1 0\n    length 10\n    axis 0 0 30 XYZ\n    dof rx ry rz\n  end\n"
+    "  begin\n    id 2\n    name arm\n    direction 1 0 0\n    length 5\n    axis 0 0 90 XYZ\n    dof rz ry rx\n  end\n"
+    "  begin\n    id 3\n    name tip\n    direction 1 0 0\n    length 0\n    axis 0 0 0 XYZ\n    dof ry rz rx\n  end\n"
+    "  begin\n    id 4\n    name hip\n    direction 0 0 1\n    length 2\n    axis 0 0 0 XYZ\n  end\n"
+    "  begin\n    id 5\n    name slide\n    direction 1 0 0\n    length 1\n    axis 0 0 0 XYZ\n    dof tx\n  end\n"
+    ":hierarchy\n  begin\n    root spine\n    spine arm tip hip\n    hip slide\n  end\n";
+
+const char* const kTake = "Take";
+
+class ImportPath : public ::testing::Test
+{
+protected:
+    // Reads the skeleton with the two set-up flags and, when asked, creates its curves.
+    void Read(bool pUseRotationOffset, bool pUsePreRotation, bool pCreateCurves = true)
+    {
+        mUseRotationOffset = pUseRotationOffset;
+        mUsePreRotation = pUsePreRotation;
+        ASSERT_TRUE(ReadText(mFile, mAsf, kSkeleton, false, pUseRotationOffset, pUsePreRotation));
+        if (pCreateCurves) mAsf.mRoot->CreateDataFromDOF(mScene.get());
+    }
+
+    OrvAsfNode* Bone(const char* pName) { return mAsf.mRoot->Find(pName); }
+
+    // One frame of pBone's values (in its DOF list order), factors 1.
+    void Sample(const char* pBone, int pFrame, std::vector<double> pValues)
+    {
+        OrvTime lTime = OrvTime::FromFrame(pFrame, 120.0);
+        Bone(pBone)->AddSampleFromDOF(pValues.data(), lTime, 1.0, 1.0, mUseRotationOffset, mUsePreRotation);
+    }
+
+    // Builds the host nodes with the flags of the read and hangs them under the scene's root.
+    OrvNode* Build(bool pUseLimits = false)
+    {
+        OrvNode* lRoot = mAsf.ASFToORV(mScene.get(), kTake, pUseLimits, mUseRotationOffset, mUsePreRotation);
+        mScene->GetRootNode()->AddChild(lRoot);
+        return lRoot;
+    }
+
+    OrvNode* Node(const char* pName) { return mScene->GetRootNode()->FindChild(pName, true, false); }
+    OrvAnimStack* Stack() { return mScene->GetCurrentAnimationStack(); }
+    OrvObject* SceneCurve(const char* pName)
+    {
+        return mScene->RootProperty.FindSrcObject(OrvCriteria::ObjectType(OrvAnimCurve::ClassId), pName, 0);
+    }
+
+    // Declared before the skeleton: bones still owning curves must die while the scene lives.
+    ScenePointer mScene = CreateHostScene(kTake);
+    OrvFileAcclaimAsf mFile{false};
+    OrvAsfScene mAsf;
+    bool mUseRotationOffset = false;
+    bool mUsePreRotation = false;
+};
+
+double ChannelValue(OrvAnimCurveNode* pCurveNode, unsigned pChannel)
+{
+    double lValue = 0.0;
+    pCurveNode->GetChannel(pChannel).Get(&lValue, eOrvDouble);
+    return lValue;
+}
+
+} // namespace
+
+// --- Curve creation and hand-over ---------------------------------------------------------------
+
+TEST_F(ImportPath, CurvesAreCreatedPerDofKind)
+{
+    Read(false, false, false);
+    const int lObjects = mScene->GetObjectCount();
+    mAsf.mRoot->CreateDataFromDOF(mScene.get());
+
+    const char* const kRootCurves[6] = {"root_tx", "root_ty", "root_tz", "root_rx", "root_ry", "root_rz"};
+    for (int j = 0; j < 3; ++j)
+    {
+        EXPECT_STREQ(mAsf.mRoot->mTranslationCurve[j]->GetName(), kRootCurves[j]);
+        EXPECT_STREQ(mAsf.mRoot->mRotationCurve[j]->GetName(), kRootCurves[3 + j]);
+        EXPECT_EQ(Bone("spine")->mTranslationCurve[j], nullptr);
+        EXPECT_NE(Bone("spine")->mRotationCurve[j], nullptr);
+        EXPECT_NE(Bone("slide")->mTranslationCurve[j], nullptr);
+        EXPECT_EQ(Bone("slide")->mRotationCurve[j], nullptr);
+        EXPECT_EQ(Bone("hip")->mTranslationCurve[j], nullptr);
+        EXPECT_EQ(Bone("hip")->mRotationCurve[j], nullptr);
+    }
+    EXPECT_STREQ(Bone("slide")->mTranslationCurve[2]->GetName(), "slide_tz");
+    // root 6, spine 3, arm 3, tip 3, hip 0, slide 3.
+    EXPECT_EQ(mScene->GetObjectCount(), lObjects + 18);
+    for (OrvAsfNode* lBone : AllBones(mAsf.mRoot)) EXPECT_EQ(lBone->mScene, mScene.get()) << lBone->mName;
+}
+
+TEST_F(ImportPath, HandOverReplacesTheChannelsCurvesAndWritesTheRestValues)
+{
+    Read(false, false);
+    OrvAsfNode* lRoot = mAsf.mRoot;
+    OrvAnimCurve* lTranslation[3] = {lRoot->mTranslationCurve[0], lRoot->mTranslationCurve[1], lRoot->mTranslationCurve[2]};
+    OrvNode* lNode = AddNode(mScene->GetRootNode(), "target");
+    OrvAnimCurveNode* lCurveNode = lNode->LclTranslation.GetCurveNode(Stack(), true);
+    lCurveNode->ConnectToChannel(OrvAnimCurve::Create(mScene.get(), "old"), 1);
+
+    lRoot->SetCurves(lNode, kTake);
+
+    for (unsigned j = 0; j < 3; ++j)
+    {
+        EXPECT_EQ(lCurveNode->GetCurveCount(j), 1);
+        EXPECT_EQ(lCurveNode->GetCurve(j), lTranslation[j]);
+        EXPECT_EQ(ChannelValue(lCurveNode, j), 1.0 + j);
+        EXPECT_EQ(lRoot->mTranslationCurve[j], nullptr);
+        EXPECT_EQ(lRoot->mRotationCurve[j], nullptr);
+    }
+    EXPECT_EQ(SceneCurve("old"), nullptr);
+    ExpectVectorNear(PropertyValue(lNode->LclTranslation), 1, 2, 3, 0.0);
+    EXPECT_NE(lNode->LclRotation.GetCurveNode(Stack(), false)->GetCurve(2), nullptr);
+}
+
+TEST_F(ImportPath, AfterTheHandOverTheBoneOnlyWritesRestValues)
+{
+    Read(false, false);
+    mAsf.mRoot->SetCurves(AddNode(mScene->GetRootNode(), "first"), kTake);
+    OrvNode* lSecond = AddNode(mScene->GetRootNode(), "second");
+    mAsf.mRoot->SetCurves(lSecond, kTake);
+
+    EXPECT_EQ(lSecond->LclTranslation.GetCurveNode(Stack(), false), nullptr);
+    EXPECT_EQ(lSecond->LclRotation.GetCurveNode(Stack(), false), nullptr);
+    ExpectVectorNear(PropertyValue(lSecond->LclTranslation), 1, 2, 3, 0.0);
+}
+
+TEST_F(ImportPath, AKindWithoutOwnedCurvesLeavesItsChannelsAlone)
+{
+    Read(false, false);
+    OrvNode* lNode = AddNode(mScene->GetRootNode(), "target");
+    OrvAnimCurveNode* lRotation = lNode->LclRotation.GetCurveNode(Stack(), true);
+    OrvAnimCurve* lKept = OrvAnimCurve::Create(mScene.get(), "kept");
+    lRotation->ConnectToChannel(lKept, 0);
+
+    Bone("slide")->SetCurves(lNode, kTake);
+
+    EXPECT_EQ(lRotation->GetCurve(0), lKept);
+    EXPECT_NE(lNode->LclTranslation.GetCurveNode(Stack(), false)->GetCurve(0), nullptr);
+}
+
+TEST_F(ImportPath, CurvesGoToTheStackNamedByTheTakeNotToTheCurrentOne)
+{
+    Read(false, false);
+    OrvAnimStack* lTake = Stack();
+    OrvAnimStack* lOther = OrvAnimStack::Create(mScene.get(), "Other");
+    OrvAnimLayer::Create(lOther, "Base");
+    mScene->SetCurrentAnimationStack(lOther);
+    OrvNode* lNode = AddNode(mScene->GetRootNode(), "target");
+
+    mAsf.mRoot->SetCurves(lNode, kTake);
+
+    EXPECT_NE(lNode->LclTranslation.GetCurveNode(lTake, false), nullptr);
+    EXPECT_EQ(lNode->LclTranslation.GetCurveNode(lOther, false), nullptr);
+}
+
+TEST_F(ImportPath, CurvesStillOwnedDieWithTheBoneAndHandedOnesStay)
+{
+    Read(false, false, false);
+    const int lObjects = mScene->GetObjectCount();
+    mAsf.mRoot->CreateDataFromDOF(mScene.get());
+    OrvNode* lNode = AddNode(mScene->GetRootNode(), "spine");
+    Bone("spine")->SetCurves(lNode, kTake);
+    const int lWithHandedCurves = mScene->GetObjectCount();
+
+    OrvAsfNode::Destroy(mAsf.mRoot);
+    mAsf.mRoot = nullptr;
+
+    // The node, its attribute, its rotation curve node and spine's three curves stay; the other
+    // 15 curves went with their bones.
+    EXPECT_EQ(mScene->GetObjectCount(), lWithHandedCurves - 15);
+    EXPECT_EQ(mScene->GetObjectCount(), lObjects + 2 + 1 + 3);
+    EXPECT_NE(SceneCurve("spine_rx"), nullptr);
+}
+
+TEST_F(ImportPath, CurveNodePointersAreCachedFromTheNode)
+{
+    OrvAsfNode* lBone = MakeBone("bone");
+    OrvNode* lNode = AddNode(mScene->GetRootNode(), "node");
+    lNode->SetRotationOffset(OrvNode::eSourcePivot, OrvVector4(1, 2, 3));
+    lNode->SetPreRotation(OrvNode::eSourcePivot, OrvVector4(4, 5, 6));
+    lNode->SetPostRotation(OrvNode::eSourcePivot, OrvVector4(7, 8, 9));
+    OrvAnimCurveNode* lTranslation = lNode->LclTranslation.GetCurveNode(Stack(), true);
+
+    lBone->GetCurveNodePointers(nullptr);
+    EXPECT_EQ(lBone->mScene, nullptr);
+    lBone->GetCurveNodePointers(lNode);
+
+    EXPECT_EQ(lBone->mScene, mScene.get());
+    ExpectVectorNear(lBone->mRotationOffset, 1, 2, 3, 0.0);
+    ExpectVectorNear(lBone->mPreRotation, 4, 5, 6, 0.0);
+    ExpectVectorNear(lBone->mPostRotation, 7, 8, 9, 0.0);
+    EXPECT_EQ(lBone->mTranslationCurveNode, lTranslation);
+    EXPECT_EQ(lBone->mRotationCurveNode, nullptr);
+    EXPECT_EQ(lBone->mScalingCurveNode, nullptr);
+    OrvAsfNode::Destroy(lBone);
+}
+
+TEST_F(ImportPath, CurveNodePointersOfASceneWithoutCurrentStackAreNull)
+{
+    ScenePointer lBare(OrvScene::Create("bare"));
+    OrvNode* lNode = AddNode(lBare->GetRootNode(), "node");
+    lNode->SetPreRotation(OrvNode::eSourcePivot, OrvVector4(4, 5, 6));
+    OrvAsfNode* lBone = MakeBone("bone");
+
+    lBone->GetCurveNodePointers(lNode);
+
+    EXPECT_EQ(lBone->mScene, lBare.get());
+    ExpectVectorNear(lBone->mPreRotation, 4, 5, 6, 0.0);
+    EXPECT_EQ(lBone->mTranslationCurveNode, nullptr);
+    EXPECT_EQ(lBare->GetCurrentAnimationStack(), nullptr);
+    OrvAsfNode::Destroy(lBone);
+}
+
+// --- Samples -------------------------------------------------------------------------------------
+
+TEST_F(ImportPath, SamplesKeyOnlyTheCurvesOfTheBonesOwnKinds)
+{
+    Read(false, false);
+    mAsf.mRoot->StartSamplingData();
+    Sample("spine", 0, {1, 2, 3});
+    Sample("slide", 0, {4});
+    Sample("hip", 0, {});
+
+    for (int j = 0; j < 3; ++j)
+    {
+        EXPECT_EQ(Bone("spine")->mRotationCurve[j]->KeyGetCount(), 1);
+        EXPECT_EQ(Bone("slide")->mTranslationCurve[j]->KeyGetCount(), 1);
+        EXPECT_EQ(Bone("arm")->mRotationCurve[j]->KeyGetCount(), 0);
+    }
+}
+
+TEST_F(ImportPath, WithPreRotationTheRotationKeysAreTheRawDofAngles)
+{
+    Read(false, true);
+    Sample("spine", 0, {10, 20, 30});  // spine's frame is turned, which must not show
+
+    EXPECT_EQ(KeyValues(Bone("spine")->mRotationCurve[0]), std::vector<float>{10.0f});
+    EXPECT_EQ(KeyValues(Bone("spine")->mRotationCurve[1]), std::vector<float>{20.0f});
+    EXPECT_EQ(KeyValues(Bone("spine")->mRotationCurve[2]), std::vector<float>{30.0f});
+}
+
+TEST_F(ImportPath, RepeatedDofCodesAddUp)
+{
+    Read(true, true, false);
+    OrvAsfNode* lSlide = Bone("slide");
+    lSlide->mDof[1] = 0;  // tx tx
+    lSlide->mDofCount = 2;
+    OrvAsfNode* lTip = Bone("tip");
+    lTip->mDof[0] = lTip->mDof[1] = 5;  // rx rx
+    lTip->mDofCount = 2;
+    mAsf.mRoot->CreateDataFromDOF(mScene.get());
+
+    Sample("slide", 0, {1.5, 2.0});
+    Sample("tip", 0, {10, 20});
+
+    EXPECT_EQ(KeyValues(lSlide->mTranslationCurve[0]), std::vector<float>{3.5f});
+    EXPECT_EQ(KeyValues(lTip->mRotationCurve[0]), std::vector<float>{30.0f});
+}
+
+// --- Flush ---------------------------------------------------------------------------------------
+
+TEST_F(ImportPath, ASingleFrameRunDropsTheCurvesAndKeepsTheRestValues)
+{
+    Read(false, false);
+    mAsf.mRoot->StartSamplingData();
+    Sample("root", 0, {7, 8, 9, 10, 20, 30});
+    Sample("slide", 0, {4});  // below the DOF-less hip: the flush must reach it
+    mAsf.mRoot->StopSamplingData();
+
+    for (const OrvAsfNode* lBone : {mAsf.mRoot, Bone("slide")})
+    {
+        EXPECT_EQ(lBone->mTranslationCurve[0], nullptr) << lBone->mName;
+        EXPECT_EQ(lBone->mRotationCurve[0], nullptr) << lBone->mName;
+    }
+    EXPECT_EQ(SceneCurve("root_tx"), nullptr);
+    EXPECT_EQ(SceneCurve("slide_tx"), nullptr);
+    ExpectVectorNear(mAsf.mRoot->mLocalTranslation, 1, 2, 3, 0.0);
+    ExpectVectorNear(mAsf.mRoot->mLocalRotation, 0, 0, 0, 0.0);
+}
+
+TEST_F(ImportPath, TwoFramesKeepTheCurvesAsSampled)
+{
+    Read(true, true);
+    mAsf.mRoot->StartSamplingData();
+    Sample("root", 0, {0.1, 2, 3, 10, 20, 30});
+    Sample("root", 1, {0.1, 5, 6, -10, 20, 170});
+    mAsf.mRoot->StopSamplingData();
+
+    EXPECT_EQ(KeyValues(mAsf.mRoot->mTranslationCurve[0]), (std::vector<float>{0.1f, 0.1f}));
+    EXPECT_EQ(KeyValues(mAsf.mRoot->mTranslationCurve[2]), (std::vector<float>{3.0f, 6.0f}));
+    EXPECT_EQ(KeyValues(mAsf.mRoot->mRotationCurve[2]), (std::vector<float>{30.0f, 170.0f}));
+    EXPECT_EQ(mAsf.mRoot->mRotationCurve[0]->KeyGetTime(1), OrvTime::FromFrame(1, 120.0));
+}
+
+TEST_F(ImportPath, TheReducerMovesAConstantChannelIntoTheRestValue)
+{
+    mScene->GetGlobalSettings().SetUseConstantKeyReducer(true);
+    Read(true, true);
+    mAsf.mRoot->StartSamplingData();
+    for (int f = 0; f < 3; ++f) Sample("root", f, {0.1, 1.0 + f, 0.0, 12.3, 5.0 * f, 0.0});
+    mAsf.mRoot->StopSamplingData();
+
+    const OrvAsfNode* lRoot = mAsf.mRoot;
+    EXPECT_EQ(lRoot->mTranslationCurve[0]->KeyGetCount(), 0);
+    EXPECT_EQ(lRoot->mLocalTranslation[0], static_cast<double>(0.1f));  // the float key, widened
+    EXPECT_EQ(lRoot->mTranslationCurve[1]->KeyGetCount(), 3);
+    EXPECT_EQ(lRoot->mLocalTranslation[1], 0.0);  // a channel that keeps keys keeps its rest value
+    EXPECT_EQ(lRoot->mRotationCurve[0]->KeyGetCount(), 0);
+    EXPECT_EQ(lRoot->mLocalRotation[0], static_cast<double>(12.3f));
+
+    OrvNode* lNode = Build();
+    EXPECT_EQ(lNode->EvaluateLocalTranslation(OrvTime::FromFrame(1, 120.0))[0], static_cast<double>(0.1f));
+    EXPECT_EQ(lNode->EvaluateLocalRotation(OrvTime::FromFrame(2, 120.0))[0], static_cast<double>(12.3f));
+}
+
+class ImportRotationFilter : public ImportPath, public ::testing::WithParamInterface<int>
+{
+};
+
+// Keys chosen so that no filter, the gimbal killer, and the unroll in order X, Y, Z or in tip's
+// order (ry rz rx, Y then Z then X) all give different curves.
+TEST_P(ImportRotationFilter, TheSettingChoosesTheFilterAndUnrollTakesTheBonesOrder)
+{
+    const int lSetting = GetParam();
+    mScene->GetGlobalSettings().SetRotationFilterToApply(lSetting);
+    Read(false, true);
+    const double kAngles[3][3] = {{0, 0, 0}, {170, 170, 20}, {30, 90, 40}};  // X, Y, Z
+    mAsf.mRoot->StartSamplingData();
+    for (int f = 0; f < 3; ++f) Sample("tip", f, {kAngles[f][1], kAngles[f][2], kAngles[f][0]});
+    mAsf.mRoot->StopSamplingData();
+
+    OrvAnimCurve* lExpected[3];
+    for (int j = 0; j < 3; ++j)
+    {
+        lExpected[j] = OrvAnimCurve::Create(mScene.get(), "expected");
+        for (int f = 0; f < 3; ++f) AddKey(lExpected[j], f, static_cast<float>(kAngles[f][j]));
+    }
+    if (lSetting == 1)
+    {
+        OrvAnimCurveFilterGimbleKiller().Apply(lExpected, 3);
+    }
+    else if (lSetting == 2)
+    {
+        OrvAnimCurveFilterUnroll lUnroll;
+        lUnroll.SetRotationOrder(OrvEuler::eOrderYZX);
+        lUnroll.Apply(lExpected, 3);
+    }
+    for (int j = 0; j < 3; ++j) EXPECT_EQ(KeyValues(Bone("tip")->mRotationCurve[j]), KeyValues(lExpected[j])) << j;
+}
+
+INSTANTIATE_TEST_SUITE_P(Settings, ImportRotationFilter, ::testing::Values(0, 1, 2, 3));
+
+// --- Node building -------------------------------------------------------------------------------
+
+TEST_F(ImportPath, EveryBoneBecomesAJointNodeAndLeavesOfPositiveLengthGetAnEndNode)
+{
+    Read(false, false);
+    OrvNode* lRoot = Build();
+
+    EXPECT_EQ(NodeTree(lRoot), "root(spine(arm(arm_End) tip hip(slide(slide_End))))");
+    for (const char* lName : {"root", "spine", "arm", "arm_End", "tip", "hip", "slide", "slide_End"})
+    {
+        ASSERT_NE(Node(lName)->GetSkeleton(), nullptr) << lName;
+        EXPECT_EQ(Node(lName)->GetSkeleton()->GetSkeletonType(), OrvSkeleton::eLimbNode) << lName;
+    }
+    for (const OrvAsfNode* lBone : AllBones(mAsf.mRoot))
+    {
+        EXPECT_EQ(lBone->mScene, mScene.get());
+        EXPECT_EQ(lBone->mTranslationCurve[0], nullptr) << lBone->mName;
+        EXPECT_EQ(lBone->mRotationCurve[0], nullptr) << lBone->mName;
+    }
+}
+
+TEST_F(ImportPath, EndNodeNeedsALengthAboveZero)
+{
+    Read(false, false, false);
+    const double kLengths[] = {-1.0, 0.0, std::numeric_limits<double>::denorm_min()};
+    for (double lLength : kLengths)
+    {
+        Bone("tip")->mLength = lLength;
+        OrvNode* lTip = Bone("tip")->ASFToORV(mScene.get(), kTake, false, false, false);
+        EXPECT_EQ(lTip->GetChildCount(false), lLength > 0.0 ? 1 : 0) << lLength;
+    }
+}
+
+TEST_F(ImportPath, EndNodeOffsetIsTheBoneVectorInTheBonesFrame)
+{
+    for (bool lUseRotationOffset : {false, true})
+    {
+        SCOPED_TRACE(lUseRotationOffset);
+        OrvFileAcclaimAsf lFile(false);
+        OrvAsfScene lAsf;
+        ASSERT_TRUE(ReadText(lFile, lAsf, kSkeleton, false, lUseRotationOffset, false));
+        OrvNode* lArm = lAsf.mRoot->Find("arm")->ASFToORV(mScene.get(), kTake, false, lUseRotationOffset, false);
+        const OrvNode* lEnd = lArm->GetChild(0);
+
+        // arm points along world X and its frame is turned 90 degrees about Z.
+        const OrvVector4 lTranslation = PropertyValue(lEnd->LclTranslation);
+        const OrvVector4 lOffset = lEnd->GetRotationOffset(OrvNode::eSourcePivot);
+        ExpectVectorNear(lUseRotationOffset ? lOffset : lTranslation, 0, -5, 0);
+        ExpectVectorNear(lUseRotationOffset ? lTranslation : lOffset, 0, 0, 0, 0.0);
+        EXPECT_FALSE(lEnd->GetRotationActive());
+    }
+}
+
+// --- Rotation settings and limits ----------------------------------------------------------------
+
+TEST_F(ImportPath, RotationOrderFollowsTheDofListAndRotationIsAlwaysActive)
+{
+    Read(false, false);
+    Build();
+    const std::pair<const char*, OrvEuler::EOrder> kOrders[] = {
+        {"root", OrvEuler::eOrderXYZ}, {"spine", OrvEuler::eOrderXYZ}, {"arm", OrvEuler::eOrderZYX},
+        {"tip", OrvEuler::eOrderYZX},  {"hip", OrvEuler::eOrderXYZ},   {"slide", OrvEuler::eOrderXYZ}};
+    for (const auto& lEntry : kOrders)
+    {
+        OrvEuler::EOrder lOrder = OrvEuler::eOrderSphericXYZ;
+        Node(lEntry.first)->GetRotationOrder(OrvNode::eSourcePivot, lOrder);
+        EXPECT_EQ(lOrder, lEntry.second) << lEntry.first;
+        EXPECT_TRUE(Node(lEntry.first)->GetRotationActive()) << lEntry.first;
+    }
+}
+
+TEST_F(ImportPath, RestOffsetAndOrientationGoToThePivotsOnlyWithTheirFlags)
+{
+    Read(true, true);
+    Build();
+    // The root's file position becomes its rotation offset and stays in its parent offset.
+    ExpectVectorNear(Node("root")->GetRotationOffset(OrvNode::eSourcePivot), 1, 2, 3, 0.0);
+    ExpectVectorNear(mAsf.mRoot->mParentOffset, 1, 2, 3, 0.0);
+    // arm hangs at the end of spine (10 along world Y), seen from spine's frame turned by 30
+    // degrees; arm's frame is turned by 60 degrees more.
+    ExpectVectorNear(Node("arm")->GetRotationOffset(OrvNode::eSourcePivot), 5, 10 * std::cos(M_PI / 6), 0);
+    ExpectVectorNear(Node("arm")->GetPreRotation(OrvNode::eSourcePivot), 0, 0, 60);
+    ExpectVectorNear(Node("spine")->GetPreRotation(OrvNode::eSourcePivot), 0, 0, 30);
+}
+
+TEST_F(ImportPath, WithoutTheFlagsThePivotsStayAtTheirDefaults)
+{
+    Read(false, false);
+    Build();
+    for (const char* lName : {"root", "spine", "arm"})
+    {
+        ExpectVectorNear(Node(lName)->GetRotationOffset(OrvNode::eSourcePivot), 0, 0, 0, 0.0);
+        ExpectVectorNear(Node(lName)->GetPreRotation(OrvNode::eSourcePivot), 0, 0, 0, 0.0);
+    }
+}
+
+namespace {
+
+void SetLimit(OrvAsfNode* pBone, int pCode, bool pMinActive, double pMin, bool pMaxActive, double pMax)
+{
+    pBone->mLimitMinActive[pCode] = pMinActive;
+    pBone->mLimitMin[pCode] = pMin;
+    pBone->mLimitMaxActive[pCode] = pMaxActive;
+    pBone->mLimitMax[pCode] = pMax;
+}
+
+// spine: rx within (-10, 10), ry above -20, rz below 30; slide: tx above -1, tz below 3. The
+// stale values behind clear flags must not reach the host.
+void SetFixtureLimits(OrvAsfNode* pRoot)
+{
+    OrvAsfNode* lSpine = pRoot->Find("spine");
+    SetLimit(lSpine, 5, true, -10, true, 10);
+    SetLimit(lSpine, 4, true, -20, false, 99);
+    SetLimit(lSpine, 3, false, 99, true, 30);
+    OrvAsfNode* lSlide = pRoot->Find("slide");
+    SetLimit(lSlide, 0, true, -1, false, 99);
+    SetLimit(lSlide, 2, false, 99, true, 3);
+}
+
+void ExpectLimits(const OrvLimits& pLimits, std::array<bool, 3> pMinActive, OrvVectorTemplate3<double> pMin,
+                  std::array<bool, 3> pMaxActive, OrvVectorTemplate3<double> pMax)
+{
+    EXPECT_TRUE(pLimits.GetActive());
+    std::array<bool, 3> lMinActive{};
+    std::array<bool, 3> lMaxActive{};
+    pLimits.GetMinActive(lMinActive[0], lMinActive[1], lMinActive[2]);
+    pLimits.GetMaxActive(lMaxActive[0], lMaxActive[1], lMaxActive[2]);
+    EXPECT_EQ(lMinActive, pMinActive);
+    EXPECT_EQ(lMaxActive, pMaxActive);
+    for (int a = 0; a < 3; ++a)
+    {
+        EXPECT_EQ(pLimits.GetMin()[a], pMin[a]) << a;
+        EXPECT_EQ(pLimits.GetMax()[a], pMax[a]) << a;
+    }
+}
+
+} // namespace
+
+TEST_F(ImportPath, LimitsMapDofCodesToTheHostsXYZSlots)
+{
+    Read(true, true);
+    SetFixtureLimits(mAsf.mRoot);
+    Build(true);
+
+    ExpectLimits(Node("spine")->GetRotationLimits(), {true, true, false}, {-10, -20, 0}, {true, false, true}, {10, 0, 30});
+    ExpectLimits(Node("slide")->GetTranslationLimits(), {true, false, false}, {-1, 0, 0}, {false, false, true}, {0, 0, 3});
+    EXPECT_FALSE(Node("spine")->GetTranslationLimits().GetActive());
+    EXPECT_FALSE(Node("slide")->GetRotationLimits().GetActive());
+}
+
+TEST_F(ImportPath, LimitsNeedTheLimitsFlagAndTheSetupFlagOfTheirKind)
+{
+    const bool kCases[][3] = {{false, true, true}, {true, false, false}};  // use limits, offset, pre-rotation
+    for (const auto& lCase : kCases)
+    {
+        OrvFileAcclaimAsf lFile(false);
+        OrvAsfScene lAsf;
+        ASSERT_TRUE(ReadText(lFile, lAsf, kSkeleton, false, lCase[1], lCase[2]));
+        SetFixtureLimits(lAsf.mRoot);
+        OrvNode* lRoot = lAsf.ASFToORV(mScene.get(), kTake, lCase[0], lCase[1], lCase[2]);
+        EXPECT_FALSE(lRoot->FindChild("spine")->GetRotationLimits().GetActive());
+        EXPECT_FALSE(lRoot->FindChild("slide")->GetTranslationLimits().GetActive());
+    }
+}
+
+// --- Merge ---------------------------------------------------------------------------------------
+
+namespace {
+
+// A host copy of the fixture's joints below pParent: root(spine(arm tip hip(slide))).
+OrvNode* AddFixtureJoints(OrvNode* pParent)
+{
+    OrvNode* lRoot = AddNode(pParent, "root");
+    OrvNode* lSpine = AddNode(lRoot, "spine");
+    AddNode(lSpine, "arm");
+    AddNode(lSpine, "tip");
+    AddNode(AddNode(lSpine, "hip"), "slide");
+    return lRoot;
+}
+
+} // namespace
+
+TEST_F(ImportPath, MergeOntoAFullMatchOnlyHandsOverCurvesAndRestValues)
+{
+    OrvNode* lHostRoot = AddFixtureJoints(mScene->GetRootNode());
+    lHostRoot->SetRotationOrder(OrvNode::eSourcePivot, OrvEuler::eOrderZXY);
+    const int lObjects = mScene->GetObjectCount();
+    Read(false, false);
+    mAsf.mRoot->StartSamplingData();
+    Sample("root", 0, {1, 2, 3, 0, 0, 0});
+    Sample("root", 1, {4, 5, 6, 0, 0, 0});
+    mAsf.mRoot->StopSamplingData();
+    OrvAnimCurve* lTx = mAsf.mRoot->mTranslationCurve[0];
+
+    mAsf.MergeASFToORV(mScene.get(), mScene->GetRootNode(), kTake, true, false, false);
+
+    EXPECT_EQ(NodeTree(mScene->GetRootNode()), "RootNode(root(spine(arm tip hip(slide))))");
+    EXPECT_EQ(lHostRoot->LclTranslation.GetCurveNode(Stack(), false)->GetCurve(0), lTx);
+    ExpectVectorNear(PropertyValue(mScene->GetRootNode()->FindChild("arm")->LclRotation),
+                     Bone("arm")->mLocalRotation[0], Bone("arm")->mLocalRotation[1], Bone("arm")->mLocalRotation[2], 0.0);
+    OrvEuler::EOrder lOrder = OrvEuler::eOrderXYZ;
+    lHostRoot->GetRotationOrder(OrvNode::eSourcePivot, lOrder);
+    EXPECT_EQ(lOrder, OrvEuler::eOrderZXY);
+    EXPECT_FALSE(lHostRoot->GetRotationActive());
+    // No node or attribute was made: only root's six surviving curves and its two curve nodes
+    // are new.
+    EXPECT_EQ(mScene->GetObjectCount(), lObjects + 6 + 2);
+    EXPECT_EQ(mAsf.mRoot->mTranslationCurve[0], nullptr);
+}
+
+TEST_F(ImportPath, MergeBuildsTheBonesThatHaveNoMatch)
+{
+    AddNode(AddNode(mScene->GetRootNode(), "root"), "spine");
+    Read(false, false);
+
+    mAsf.MergeASFToORV(mScene.get(), mScene->GetRootNode(), kTake, false, false, false);
+
+    EXPECT_EQ(NodeTree(mScene->GetRootNode()), "RootNode(root(spine(arm(arm_End) tip hip(slide(slide_End)))))");
+}
+
+TEST_F(ImportPath, MergeBuildsBesideANodeThatMatchesByNameOnly)
+{
+    OrvNode* lHostRoot = AddNode(mScene->GetRootNode(), "root");
+    OrvNode* lMesh = AddNode(lHostRoot, "spine", false);
+    Read(false, false);
+
+    mAsf.MergeASFToORV(mScene.get(), mScene->GetRootNode(), kTake, false, false, false);
+
+    EXPECT_EQ(NodeTree(lHostRoot), "root(spine spine(arm(arm_End) tip hip(slide(slide_End))))");
+    EXPECT_EQ(lHostRoot->GetChild(0), lMesh);
+    EXPECT_NE(lHostRoot->GetChild(1)->GetSkeleton(), nullptr);
+}
+
+TEST_F(ImportPath, MergeWithoutAnyMatchBuildsTheWholeSkeletonUnderTheGivenNode)
+{
+    OrvNode* lGroup = AddNode(mScene->GetRootNode(), "group", false);
+    AddNode(lGroup, "mesh", false);
+    Read(false, false);
+
+    mAsf.MergeASFToORV(mScene.get(), lGroup, kTake, false, false, false);
+
+    EXPECT_EQ(NodeTree(lGroup), "group(mesh root(spine(arm(arm_End) tip hip(slide(slide_End)))))");
+}
+
+TEST_F(ImportPath, MergeFindsTheRootDeepInTheHierarchy)
+{
+    OrvNode* lGroup = AddNode(AddNode(mScene->GetRootNode(), "outer", false), "group", false);
+    AddNode(lGroup, "root");
+    Read(false, false);
+
+    mAsf.MergeASFToORV(mScene.get(), mScene->GetRootNode(), kTake, false, false, false);
+
+    EXPECT_EQ(NodeTree(lGroup), "group(root(spine(arm(arm_End) tip hip(slide(slide_End)))))");
+}
