@@ -1,102 +1,24 @@
 // End-to-end tests of the orvasf command-line tool: each subcommand is run as a process on the
 // sample data (and on a few real pairs when present), checking exit statuses, messages and the
 // shape of what it writes.
-#include <gtest/gtest.h>
+#include "support/ToolRunner.h"
+
 #include <nlohmann/json.hpp>
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <set>
-#include <sstream>
-#include <string>
-#include <vector>
 
 namespace {
 
-namespace fs = std::filesystem;
+using namespace tool_support;
 
-const std::string kSampleAsf = std::string(ORV_SOURCE_DIR) + "/examples/walker.asf";
-const std::string kSampleAmc = std::string(ORV_SOURCE_DIR) + "/examples/walker.amc";
 // The sample: 20 bones and the root, 5 end nodes, 240 frames.
 constexpr int kSampleNodes = 26;
 constexpr int kSampleFrames = 240;
 
-struct ToolRun
-{
-    int mStatus;
-    std::string mOut;
-    std::string mErr;
-};
-
-std::string ReadFile(const fs::path& pPath)
-{
-    std::ifstream lStream(pPath, std::ios::binary);
-    std::ostringstream lText;
-    lText << lStream.rdbuf();
-    return lText.str();
-}
-
-void WriteFile(const fs::path& pPath, const std::string& pText)
-{
-    std::ofstream(pPath, std::ios::binary) << pText;
-}
-
-std::vector<std::string> Lines(const std::string& pText)
-{
-    std::vector<std::string> lLines;
-    std::istringstream lStream(pText);
-    for (std::string lLine; std::getline(lStream, lLine);) lLines.push_back(lLine);
-    return lLines;
-}
-
-std::string Quoted(const std::string& pText)
-{
-    return "'" + pText + "'";
-}
-
-// Every test runs in a folder of its own, which holds the tool's captured output too.
-class CliTest : public ::testing::Test
+class CliTest : public ToolTest
 {
 protected:
-    void SetUp() override
-    {
-        const ::testing::TestInfo* lInfo = ::testing::UnitTest::GetInstance()->current_test_info();
-        mFolder = fs::temp_directory_path() / ("orvasf_cli_" + std::string(lInfo->name()) + "_" +
-                                               std::to_string(::getpid()));
-        fs::remove_all(mFolder);
-        fs::create_directories(mFolder / "work");
-    }
-    void TearDown() override { fs::remove_all(mFolder); }
-
-    // Runs the tool with pArguments (already quoted for the shell) and captures both streams.
-    ToolRun Run(const std::string& pArguments) const
-    {
-        const fs::path lOut = mFolder / "stdout.txt";
-        const fs::path lErr = mFolder / "stderr.txt";
-        const std::string lCommand = Quoted(ORV_TOOL_PATH) + " " + pArguments + " >" + Quoted(lOut.string()) + " 2>" +
-                                     Quoted(lErr.string());
-        const int lRaw = std::system(lCommand.c_str());
-        return {WIFEXITED(lRaw) ? WEXITSTATUS(lRaw) : -1, ReadFile(lOut), ReadFile(lErr)};
-    }
-
-    // A path in the folder the tool writes to, quoted for the shell.
-    std::string Work(const std::string& pName) const { return Quoted((mFolder / "work" / pName).string()); }
-    fs::path WorkPath(const std::string& pName) const { return mFolder / "work" / pName; }
-
-    std::vector<std::string> WorkFolderEntries() const
-    {
-        std::vector<std::string> lNames;
-        for (const auto& lEntry : fs::directory_iterator(mFolder / "work")) lNames.push_back(lEntry.path().filename());
-        std::sort(lNames.begin(), lNames.end());
-        return lNames;
-    }
-
     // The sample motion with its 0-based line pIndex replaced by pLine.
     fs::path SampleMotionWithLine(size_t pIndex, const std::string& pLine) const
     {
@@ -108,8 +30,6 @@ protected:
         WriteFile(lPath, lText);
         return lPath;
     }
-
-    fs::path mFolder;
 };
 
 const std::string sSample = Quoted(kSampleAsf);

@@ -26,7 +26,7 @@
 namespace bvhtest {
 
 using Vec3 = std::array<double, 3>;
-using Mat3 = std::array<Vec3, 3>;  // rows
+using Mat3 = std::array<Vec3, 3>; // rows
 
 inline Mat3 Multiply(const Mat3& pA, const Mat3& pB)
 {
@@ -72,7 +72,7 @@ inline Mat3 AxisRotation(int pAxis, double pDegrees)
 
 struct Joint
 {
-    std::string mName;              // End Sites: the joint's name followed by "_End"
+    std::string mName; // End Sites: the joint's name followed by "_End"
     int mParent = -1;
     bool mEndSite = false;
     Vec3 mOffset{};
@@ -82,11 +82,11 @@ struct Joint
 
 struct Motion
 {
-    std::vector<Joint> mJoints;     // file order
+    std::vector<Joint> mJoints; // file order
     int mChannelCount = 0;
     double mFrameTime = 0.0;
     std::vector<std::vector<double>> mFrames;
-    bool mValid = false;            // false when the text could not be read
+    bool mValid = false; // false when the text could not be read
 };
 
 // Reads BVH text: blanks, tabs and line ends separate tokens; frame lines are read by line.
@@ -98,8 +98,8 @@ inline Motion Parse(const std::string& pText)
         if (lChar == '\r' || lChar == '\t') lChar = ' ';
     std::istringstream lLines(lText);
     std::string lLine;
-    std::vector<int> lOpen;  // indices of the joints whose braces are open
-    int lPending = -1;       // the joint whose "{" comes next
+    std::vector<int> lOpen; // indices of the joints whose braces are open
+    int lPending = -1;      // the joint whose "{" comes next
     while (std::getline(lLines, lLine))
     {
         std::istringstream lTokens(lLine);

@@ -13,7 +13,8 @@ bool ReadSkeleton(const std::string& pPath, orvsdk::OrvAsfScene& pScene, const S
     const bool lRead = lFile.Open(pPath.c_str()) &&
                        lFile.Read(&pScene, pFlags.mRemoveDummy, pFlags.mUseRotationOffset, pFlags.mUsePreRotation);
     PrintMessages(lFile);
-    return lRead;
+    // An error the reader could step over (a bad byte, say) still refuses the file.
+    return lRead && lFile.GetErrorCount() == 0;
 }
 
 bool WriteSkeleton(const std::string& pPath, orvsdk::OrvAsfScene& pScene)

@@ -1,6 +1,7 @@
 // The orvasf command line: parses the arguments with CLI11 and runs one subcommand.
 #include "tools/orvasf/ArgumentValues.h"
 #include "tools/orvasf/Commands.h"
+#include "tools/orvasf/ConvertCommand.h"
 #include "tools/orvasf/ExitStatus.h"
 #include "tools/orvasf/OutputText.h"
 
@@ -120,6 +121,11 @@ int Run(int pArgc, char** pArgv)
     lFormatCommand->add_option("file", lFormat.mAsfPath, "ASF file")->required();
     lFormatCommand->add_option("-o,--output", lFormat.mOutputPath, "ASF file to write")->required()->type_name("OUT.asf");
 
+    ConvertCommandOptions lConvert;
+    CLI::App* lConvertCommand = AddCommand(lApp, "convert", "Convert between ASF/AMC and BVH through a host scene");
+    AddConvertOptions(*lConvertCommand, lConvert);
+    AddImportFlags(*lConvertCommand, lConvert.mImport);
+
     try
     {
         lApp.parse(pArgc, pArgv);
@@ -135,6 +141,7 @@ int Run(int pArgc, char** pArgv)
     if (lImportCommand->parsed()) return RunImport(lImport);
     if (lPoseCommand->parsed()) return RunPose(lPose);
     if (lExportCommand->parsed()) return RunExport(lExport);
+    if (lConvertCommand->parsed()) return RunConvert(lConvert);
     return RunFormat(lFormat);
 }
 

@@ -1,0 +1,178 @@
+#include "bvh/OrvBvhWriter.h"
+
+#include "bvh/OrvBvhChannels.h"
+#include "orvsdk/host/OrvAMatrix.h"
+#include "orvsdk/host/OrvAnimCurveNode.h"
+#include "orvsdk/host/OrvNode.h"
+
+#include <charconv>
+#include <cstring>
+
+namespace orvasf {
+
+namespace {
+
+using orvsdk::OrvNode;
+using orvsdk::OrvVector4;
+
+const char kEndSuffix[] = "_End";
+
+// pValue with nine significant digits, '.' as decimal point whatever the locale; never "-0".
+void AppendNumber(std::string& pLine, double pValue)
+{
+    char lText[32];
+    const std::to_chars_result lResult =
+        std::to_chars(lText, lText + sizeof lText, pValue + 0.0, std::chars_format::general, 9);
+    pLine.append(lText, lResult.ptr);
+}
+
+// The node's name as one token: blanks become '_'.
+std::string TokenName(const OrvNode* pNode)
+{
+    std::string lName = pNode->GetName();
+    for (char& lChar : lName)
+        if (lChar == ' ' || lChar == '\t' || lChar == '\r' || lChar == '\n') lChar = '_';
+    return lName.empty() ? "_" : lName;
+}
+
+bool HasSkeletonChildren(const OrvNode* pNode)
+{
+    for (int i = 0; i < pNode->GetChildCount(false); ++i)
+        if (pNode->GetChild(i)->GetSkeleton()) return true;
+    return false;
+}
+
+// An end node as node building makes it: named "..._End", with no joints below it.
+bool IsEndNode(const OrvNode* pNode)
+{
+    const size_t lLength = std::strlen(pNode->GetName());
+    const size_t lSuffix = sizeof kEndSuffix - 1;
+    return lLength >= lSuffix && std::strcmp(pNode->GetName() + lLength - lSuffix, kEndSuffix) == 0 &&
+           !HasSkeletonChildren(pNode);
+}
+
+bool TranslationAnimated(OrvNode* pNode)
+{
+    const orvsdk::OrvAnimCurveNode* lCurveNode = pNode->LclTranslation.GetCurveNode(nullptr, false);
+    return lCurveNode && lCurveNode->IsAnimated();
+}
+
+// The order in which the host evaluates the node's rotation.
+orvsdk::OrvEuler::EOrder EvaluatedOrder(const OrvNode* pNode)
+{
+    orvsdk::OrvEuler::EOrder lOrder = orvsdk::OrvEuler::eOrderXYZ;
+    pNode->GetRotationOrder(OrvNode::eSourcePivot, lOrder);
+    const bool lValid = lOrder >= orvsdk::OrvEuler::eOrderXYZ && lOrder <= orvsdk::OrvEuler::eOrderZYX;
+    return pNode->GetRotationActive() && lValid ? lOrder : orvsdk::OrvEuler::eOrderXYZ;
+}
+
+} // namespace
+
+OrvBvhWriter::OrvBvhWriter() : mFile("BVH", " \t", "", true, false) {}
+
+bool OrvBvhWriter::Write(const char* pPath, orvsdk::OrvNode* pRoot, const OrvBvhWriteSettings& pSettings)
+{
+    mJoints.clear();
+    mRestTime = pSettings.mStartTime;
+    if (!mFile.Create(pPath)) return false;
+    const bool lWritten = mFile.Print(0, "HIERARCHY\n") && WriteJoint(pRoot, 0, true) && WriteMotion(pSettings);
+    // Close must run either way: it removes the temporary file of a failed write.
+    const bool lClosed = mFile.Close();
+    mJoints.clear();
+    return lWritten && lClosed;
+}
+
+bool OrvBvhWriter::WriteJoint(orvsdk::OrvNode* pNode, int pLevel, bool pIsRoot)
+{
+    const Joint lJoint{pNode, pIsRoot || TranslationAnimated(pNode), EvaluatedOrder(pNode)};
+    const OrvVector4 lOffset =
+        lJoint.mHasPosition ? pNode->GetRotationOffset(OrvNode::eSourcePivot) : RestOffset(pNode);
+    if (!mFile.Print(pLevel, "%s %s\n", pIsRoot ? "ROOT" : "JOINT", TokenName(pNode).c_str()) ||
+        !mFile.Print(pLevel, "{\n") ||
+        !mFile.Print(pLevel + 1, "OFFSET %.9g %.9g %.9g\n", lOffset[0], lOffset[1], lOffset[2]) ||
+        !WriteChannels(lJoint, pLevel + 1))
+        return false;
+    mJoints.push_back(lJoint);
+
+    bool lHasSkeletonChild = false;
+    for (int i = 0; i < pNode->GetChildCount(false); ++i)
+    {
+        OrvNode* lChild = pNode->GetChild(i);
+        if (!lChild->GetSkeleton()) continue;
+        lHasSkeletonChild = true;
+        const bool lWritten =
+            IsEndNode(lChild) ? WriteEndSite(RestOffset(lChild), pLevel + 1) : WriteJoint(lChild, pLevel + 1, false);
+        if (!lWritten) return false;
+    }
+    // A joint with nothing below it ends at itself: the host keeps no bone length.
+    if (!lHasSkeletonChild && !WriteEndSite(OrvVector4(), pLevel + 1)) return false;
+    return mFile.Print(pLevel, "}\n");
+}
+
+orvsdk::OrvVector4 OrvBvhWriter::RestOffset(orvsdk::OrvNode* pNode) const
+{
+    return pNode->GetRotationOffset(OrvNode::eSourcePivot) + pNode->EvaluateLocalTranslation(mRestTime);
+}
+
+bool OrvBvhWriter::WriteChannels(const Joint& pJoint, int pLevel)
+{
+    std::string lLine = pJoint.mHasPosition ? "CHANNELS 6" : "CHANNELS 3";
+    if (pJoint.mHasPosition)
+        for (int lChannel = eBvhXposition; lChannel <= eBvhZposition; ++lChannel)
+            lLine.append(" ").append(BvhChannelName(lChannel));
+    int lAxes[3];
+    BvhAxesFromHostOrder(pJoint.mOrder, lAxes);
+    for (int lAxis : lAxes) lLine.append(" ").append(BvhChannelName(eBvhXrotation + lAxis));
+    return mFile.Print(pLevel, "%s\n", lLine.c_str());
+}
+
+bool OrvBvhWriter::WriteEndSite(const orvsdk::OrvVector4& pOffset, int pLevel)
+{
+    return mFile.Print(pLevel, "End Site\n") && mFile.Print(pLevel, "{\n") &&
+           mFile.Print(pLevel + 1, "OFFSET %.9g %.9g %.9g\n", pOffset[0], pOffset[1], pOffset[2]) &&
+           mFile.Print(pLevel, "}\n");
+}
+
+bool OrvBvhWriter::WriteMotion(const OrvBvhWriteSettings& pSettings)
+{
+    if (!mFile.Print(0, "MOTION\nFrames: %d\nFrame Time: %.9g\n", pSettings.mFrameCount,
+                     1.0 / pSettings.mFramesPerSecond))
+        return false;
+    std::string lLine;
+    for (int lFrame = 0; lFrame < pSettings.mFrameCount; ++lFrame)
+    {
+        const orvsdk::OrvTime lTime(pSettings.mStartTime.Get() +
+                                    orvsdk::OrvTime::FromFrame(lFrame, pSettings.mFramesPerSecond).Get());
+        lLine.clear();
+        AppendFrame(lTime, lLine);
+        if (!mFile.Print(0, "%s\n", lLine.c_str())) return false;
+    }
+    return true;
+}
+
+void OrvBvhWriter::AppendFrame(orvsdk::OrvTime pTime, std::string& pLine) const
+{
+    for (const Joint& lJoint : mJoints)
+    {
+        const orvsdk::OrvAMatrix lLocal = lJoint.mNode->EvaluateLocalTransform(pTime);
+        if (lJoint.mHasPosition)
+        {
+            const OrvVector4 lTranslation = lJoint.mNode->EvaluateLocalTranslation(pTime);
+            for (int a = 0; a < 3; ++a)
+            {
+                AppendNumber(pLine, lTranslation[a]);
+                pLine += ' ';
+            }
+        }
+        // Channels list the order's angles from the last applied to the first.
+        const OrvVector4 lAngles = lLocal.GetR(lJoint.mOrder);
+        for (int k = 2; k >= 0; --k)
+        {
+            AppendNumber(pLine, lAngles[k]);
+            pLine += ' ';
+        }
+    }
+    if (!pLine.empty()) pLine.pop_back();
+}
+
+} // namespace orvasf

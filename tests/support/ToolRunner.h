@@ -1,0 +1,101 @@
+// Runs the built orvasf tool as a process in a scratch folder of its own and captures what it
+// prints; shared by the command-line test suites.
+#ifndef ORVASF_TESTS_SUPPORT_TOOLRUNNER_H
+#define ORVASF_TESTS_SUPPORT_TOOLRUNNER_H
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace tool_support {
+
+namespace fs = std::filesystem;
+
+inline const std::string kSampleAsf = std::string(ORV_SOURCE_DIR) + "/examples/walker.asf";
+inline const std::string kSampleAmc = std::string(ORV_SOURCE_DIR) + "/examples/walker.amc";
+
+struct ToolRun
+{
+    int mStatus;
+    std::string mOut;
+    std::string mErr;
+};
+
+inline std::string ReadFile(const fs::path& pPath)
+{
+    std::ifstream lStream(pPath, std::ios::binary);
+    std::ostringstream lText;
+    lText << lStream.rdbuf();
+    return lText.str();
+}
+
+inline void WriteFile(const fs::path& pPath, const std::string& pText)
+{
+    std::ofstream(pPath, std::ios::binary) << pText;
+}
+
+inline std::vector<std::string> Lines(const std::string& pText)
+{
+    std::vector<std::string> lLines;
+    std::istringstream lStream(pText);
+    for (std::string lLine; std::getline(lStream, lLine);) lLines.push_back(lLine);
+    return lLines;
+}
+
+inline std::string Quoted(const std::string& pText)
+{
+    return "'" + pText + "'";
+}
+
+// Every test runs in a folder of its own, which holds the tool's captured output too.
+class ToolTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        const ::testing::TestInfo* lInfo = ::testing::UnitTest::GetInstance()->current_test_info();
+        mFolder = fs::temp_directory_path() / ("orvasf_tool_" + std::string(lInfo->name()) + "_" +
+                                               std::to_string(::getpid()));
+        fs::remove_all(mFolder);
+        fs::create_directories(mFolder / "work");
+    }
+    void TearDown() override { fs::remove_all(mFolder); }
+
+    // Runs the tool with pArguments (already quoted for the shell) and captures both streams.
+    ToolRun Run(const std::string& pArguments) const
+    {
+        const fs::path lOut = mFolder / "stdout.txt";
+        const fs::path lErr = mFolder / "stderr.txt";
+        const std::string lCommand = Quoted(ORV_TOOL_PATH) + " " + pArguments + " >" + Quoted(lOut.string()) + " 2>" +
+                                     Quoted(lErr.string());
+        const int lRaw = std::system(lCommand.c_str());
+        return {WIFEXITED(lRaw) ? WEXITSTATUS(lRaw) : -1, ReadFile(lOut), ReadFile(lErr)};
+    }
+
+    // A path in the folder the tool writes to, quoted for the shell.
+    std::string Work(const std::string& pName) const { return Quoted((mFolder / "work" / pName).string()); }
+    fs::path WorkPath(const std::string& pName) const { return mFolder / "work" / pName; }
+
+    std::vector<std::string> WorkFolderEntries() const
+    {
+        std::vector<std::string> lNames;
+        for (const auto& lEntry : fs::directory_iterator(mFolder / "work")) lNames.push_back(lEntry.path().filename());
+        std::sort(lNames.begin(), lNames.end());
+        return lNames;
+    }
+
+    fs::path mFolder;
+};
+
+} // namespace tool_support
+
+#endif

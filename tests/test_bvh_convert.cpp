@@ -1,0 +1,152 @@
+// The "convert" subcommand run as a process: both directions on the sample, compared through the
+// tool's own "pose" output, and the statuses and messages of refused inputs, usage errors and
+// outputs that cannot be written.
+#include "support/ToolRunner.h"
+
+#include <cmath>
+#include <map>
+
+namespace {
+
+using namespace tool_support;
+
+const std::string sSample = Quoted(kSampleAsf);
+const std::string sSampleMotion = Quoted(kSampleAmc);
+
+// Hips (six channels) with one joint and its End Site, two frames.
+const char* const kSmallBvh =
+    "HIERARCHY\n"
+    "ROOT Hips\n"
+    "{\n"
+    "  OFFSET 0 0 0\n"
+    "  CHANNELS 6 Xposition Yposition Zposition Zrotation Xrotation Yrotation\n"
+    "  JOINT Chest\n"
+    "  {\n"
+    "    OFFSET 0 10 0\n"
+    "    CHANNELS 3 Zrotation Xrotation Yrotation\n"
+    "    End Site\n"
+    "    {\n"
+    "      OFFSET 0 5 0\n"
+    "    }\n"
+    "  }\n"
+    "}\n"
+    "MOTION\n"
+    "Frames: 2\n"
+    "Frame Time: 0.0333333\n"
+    "0 90 0 0 0 0 0 0 0\n"
+    "1 91 2 10 20 30 40 50 60\n";
+
+// "frame,joint,x,y,z" rows of the pose command, by frame and joint.
+std::map<std::pair<int, std::string>, std::vector<double>> PoseRows(const std::string& pCsv)
+{
+    std::map<std::pair<int, std::string>, std::vector<double>> lRows;
+    const std::vector<std::string> lLines = Lines(pCsv);
+    for (size_t i = 1; i < lLines.size(); ++i)
+    {
+        std::stringstream lFields(lLines[i]);
+        std::string lFrame;
+        std::string lJoint;
+        std::string lValue;
+        std::getline(lFields, lFrame, ',');
+        std::getline(lFields, lJoint, ',');
+        std::vector<double>& lPosition = lRows[{std::stoi(lFrame), lJoint}];
+        while (std::getline(lFields, lValue, ',')) lPosition.push_back(std::stod(lValue));
+    }
+    return lRows;
+}
+
+class ConvertTest : public ToolTest
+{
+protected:
+    // Writes kSmallBvh with pFrom replaced by pTo as pName in the work folder.
+    std::string SmallBvh(const std::string& pName, const std::string& pFrom = "", const std::string& pTo = "") const
+    {
+        std::string lText = kSmallBvh;
+        if (!pFrom.empty()) lText.replace(lText.find(pFrom), pFrom.size(), pTo);
+        WriteFile(WorkPath(pName), lText);
+        return Work(pName);
+    }
+};
+
+} // namespace
+
+TEST_F(ConvertTest, AsfAmcToBvhAndBackKeepsEveryJointInPlace)
+{
+    ASSERT_EQ(Run("convert " + sSample + " --motion " + sSampleMotion + " -o " + Work("walk.bvh")).mStatus, 0);
+    ASSERT_EQ(Run("convert " + Work("walk.bvh") + " -o " + Work("walk.asf")).mStatus, 0);
+    ASSERT_TRUE(fs::exists(WorkPath("walk.amc")));
+
+    const ToolRun lBefore = Run("pose " + sSample + " " + sSampleMotion);
+    const ToolRun lAfter = Run("pose " + Work("walk.asf") + " " + Work("walk.amc"));
+    ASSERT_EQ(lBefore.mStatus, 0);
+    ASSERT_EQ(lAfter.mStatus, 0) << lAfter.mErr;
+    const auto lOriginal = PoseRows(lBefore.mOut);
+    const auto lConverted = PoseRows(lAfter.mOut);
+    ASSERT_FALSE(lOriginal.empty());
+    for (const auto& lRow : lOriginal)
+    {
+        const auto lFound = lConverted.find(lRow.first);
+        ASSERT_NE(lFound, lConverted.end()) << lRow.first.second << " at frame " << lRow.first.first;
+        for (size_t a = 0; a < 3; ++a)
+            EXPECT_NEAR(lFound->second.at(a), lRow.second.at(a), 1e-3)
+                << lRow.first.second << " at frame " << lRow.first.first;
+    }
+}
+
+TEST_F(ConvertTest, WritesTheMotionWhereMotionOutSays)
+{
+    const ToolRun lRun =
+        Run("convert " + sSample + " --motion " + sSampleMotion + " --rotation-offset --pre-rotation -o " +
+            Work("copy.asf") + " --motion-out " + Work("moves.amc"));
+    EXPECT_EQ(lRun.mStatus, 0) << lRun.mErr;
+    EXPECT_EQ(WorkFolderEntries(), (std::vector<std::string>{"copy.asf", "moves.amc"}));
+    EXPECT_EQ(Run("convert " + SmallBvh("small.bvh") + " -o " + Work("small2.bvh")).mStatus, 0);
+    EXPECT_NE(ReadFile(WorkPath("small2.bvh")).find("Frames: 2\n"), std::string::npos);
+}
+
+TEST_F(ConvertTest, RefusedBvhInputsExitWithOneAndNameTheLine)
+{
+    struct Case
+    {
+        std::string mText;
+        std::string mMessage; // after the file name
+    };
+    const std::string lSmall = kSmallBvh;
+    auto lReplaced = [&lSmall](const std::string& pFrom, const std::string& pTo) {
+        std::string lText = lSmall;
+        return lText.replace(lText.find(pFrom), pFrom.size(), pTo);
+    };
+    const Case lCases[] = {
+        {lSmall.substr(0, lSmall.find("  JOINT Chest")),
+         ":5: error: The file ends inside the hierarchy: joint \"Hips\" is not closed"},
+        {lReplaced("40 50 60", "40 50"), ":20: error: Frame 2 holds 8 values; the hierarchy has 9 channels"},
+        {lReplaced("Zrotation Xrotation Yrotation\n    End", "Zrotation Xrotation Vrotation\n    End"),
+         ":9: error: Unknown channel name \"Vrotation\" in joint \"Chest\" (expected Xposition, Yposition, "
+         "Zposition, Xrotation, Yrotation or Zrotation)"},
+        {lReplaced("Frames: 2\n", ""),
+         ":17: error: Expected \"Frames:\" after MOTION, found \"Frame Time: 0.0333333\""},
+    };
+    for (const Case& lCase : lCases)
+    {
+        WriteFile(WorkPath("bad.bvh"), lCase.mText);
+        const ToolRun lRun = Run("convert " + Work("bad.bvh") + " -o " + Work("out.asf"));
+        EXPECT_EQ(lRun.mStatus, 1) << lCase.mMessage;
+        EXPECT_EQ(lRun.mErr, WorkPath("bad.bvh").string() + lCase.mMessage + "\n");
+        EXPECT_FALSE(fs::exists(WorkPath("out.asf")));
+    }
+}
+
+TEST_F(ConvertTest, UsageErrorsExitWithTwoAndUnwritableOutputsWithThree)
+{
+    const std::string lBvh = SmallBvh("small.bvh");
+    const ToolRun lFormat = Run("convert " + lBvh + " -o " + Work("out.fbx"));
+    EXPECT_EQ(lFormat.mStatus, 2);
+    EXPECT_NE(lFormat.mErr.find("convert writes .bvh or .asf files"), std::string::npos) << lFormat.mErr;
+    EXPECT_EQ(Run("convert " + lBvh + " --motion " + sSampleMotion + " -o " + Work("out.asf")).mStatus, 2);
+    EXPECT_EQ(Run("convert " + lBvh + " -o " + Work("out.bvh") + " --motion-out " + Work("out.amc")).mStatus, 2);
+
+    const ToolRun lUnwritable = Run("convert " + lBvh + " -o " + Work("missing/out.bvh"));
+    EXPECT_EQ(lUnwritable.mStatus, 3);
+    EXPECT_NE(lUnwritable.mErr.find("error: Can't create BVH file"), std::string::npos) << lUnwritable.mErr;
+    EXPECT_EQ(WorkFolderEntries(), std::vector<std::string>{"small.bvh"});
+}

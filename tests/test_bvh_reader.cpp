@@ -1,0 +1,338 @@
+// The BVH reader: what it builds in the host scene, that the host's world positions follow the
+// BVH meaning (checked against the independent reading of tests/support/BvhReference.h), the
+// layout variants real files use, and the messages of refused files.
+
+#include "tests/support/BvhReference.h"
+
+#include "bvh/OrvBvhReader.h"
+#include "orvsdk/host/OrvAnimCurve.h"
+#include "orvsdk/host/OrvAnimCurveNode.h"
+#include "orvsdk/host/OrvAnimLayer.h"
+#include "orvsdk/host/OrvAnimStack.h"
+#include "orvsdk/host/OrvScene.h"
+#include "orvsdk/host/OrvSkeleton.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+using namespace orvsdk;
+
+namespace {
+
+// Hips (ROOT, six channels, rotations listed Z X Y)
+// +-- Chest (rotations X Y Z)
+// |   `-- End Site
+// `-- Leg (rotations Y and Z only, with position channels between them)
+//     `-- End Site
+const char* const kSmallBvh =
+    "HIERARCHY\n"
+    "ROOT Hips\n"
+    "{\n"
+    "  OFFSET 1 2 3\n"
+    "  CHANNELS 6 Xposition Yposition Zposition Zrotation Xrotation Yrotation\n"
+    "  JOINT Chest\n"
+    "  {\n"
+    "    OFFSET 0 10 0\n"
+    "    CHANNELS 3 Xrotation Yrotation Zrotation\n"
+    "    End Site\n"
+    "    {\n"
+    "      OFFSET 0 5 0\n"
+    "    }\n"
+    "  }\n"
+    "  JOINT Leg\n"
+    "  {\n"
+    "    OFFSET 3 -1 0\n"
+    "    CHANNELS 5 Yrotation Xposition Zrotation Yposition Zposition\n"
+    "    End Site\n"
+    "    {\n"
+    "      OFFSET 0 -8 0\n"
+    "    }\n"
+    "  }\n"
+    "}\n"
+    "MOTION\n"
+    "Frames: 3\n"
+    "Frame Time: 0.04\n"
+    "0 0 0 0 0 0 0 0 0 0 0 0 0 0\n"
+    "5 -2 7.5 30 -45 60 10 20 -30 15 1 -25 2 3\n"
+    "-3 1 2 170 80 -120 -90 45 135 -60 -1 88 0.5 -4\n";
+
+class BvhReader : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        mScene = OrvScene::Create("bvh");
+        mStack = OrvAnimStack::Create(mScene, "Take");
+        OrvAnimLayer::Create(mStack, "Base");
+        mScene->SetCurrentAnimationStack(mStack);
+    }
+    void TearDown() override { mScene->Destroy(); }
+
+    orvasf::OrvBvhReadResult Read(const std::string& pText)
+    {
+        return mReader.Read(pText.data(), pText.size(), "test.bvh", mScene->GetRootNode(), mStack);
+    }
+
+    // The messages of the last read, formatted as the tool prints them.
+    std::vector<std::string> Messages() const
+    {
+        std::vector<std::string> lTexts;
+        for (const OrvTextFileMessage& lMessage : mReader.GetFile().GetMessages())
+            lTexts.push_back(mReader.GetFile().FormatMessage(lMessage));
+        return lTexts;
+    }
+
+    // Largest distance between the host's world positions and the independent reading of pText,
+    // over every joint, End Site and frame.
+    double LargestDifference(const std::string& pText, OrvNode* pRoot, double pFramesPerSecond)
+    {
+        const bvhtest::Motion lMotion = bvhtest::Parse(pText);
+        EXPECT_TRUE(lMotion.mValid);
+        double lLargest = 0.0;
+        for (size_t f = 0; f < lMotion.mFrames.size(); ++f)
+        {
+            const auto lHost =
+                bvhtest::HostPositions(pRoot, OrvTime::FromFrame(static_cast<double>(f), pFramesPerSecond));
+            const std::vector<bvhtest::Vec3> lExpected = bvhtest::WorldPositions(lMotion, f);
+            for (size_t j = 0; j < lMotion.mJoints.size(); ++j)
+            {
+                const auto lFound = lHost.find(lMotion.mJoints[j].mName);
+                if (lFound == lHost.end())
+                {
+                    ADD_FAILURE() << "no node " << lMotion.mJoints[j].mName;
+                    continue;
+                }
+                lLargest = std::max(lLargest, bvhtest::Distance(lFound->second, lExpected[j]));
+            }
+        }
+        return lLargest;
+    }
+
+    OrvScene* mScene = nullptr;
+    OrvAnimStack* mStack = nullptr;
+    orvasf::OrvBvhReader mReader;
+};
+
+std::string Replace(std::string pText, const std::string& pFrom, const std::string& pTo)
+{
+    const size_t lAt = pText.find(pFrom);
+    EXPECT_NE(lAt, std::string::npos) << pFrom;
+    if (lAt != std::string::npos) pText.replace(lAt, pFrom.size(), pTo);
+    return pText;
+}
+
+OrvEuler::EOrder OrderOf(const OrvNode* pNode)
+{
+    OrvEuler::EOrder lOrder = OrvEuler::eOrderXYZ;
+    pNode->GetRotationOrder(OrvNode::eSourcePivot, lOrder);
+    return lOrder;
+}
+
+} // namespace
+
+TEST_F(BvhReader, BuildsOneNodePerJointAndEndSiteWithOffsetsInTheRotationOffset)
+{
+    const orvasf::OrvBvhReadResult lResult = Read(kSmallBvh);
+    ASSERT_TRUE(lResult.mSucceeded) << ::testing::PrintToString(Messages());
+    EXPECT_EQ(lResult.mJointCount, 3);
+    EXPECT_EQ(lResult.mEndSiteCount, 2);
+    EXPECT_EQ(lResult.mChannelCount, 14);
+    EXPECT_EQ(lResult.mFrameCount, 3);
+    EXPECT_DOUBLE_EQ(lResult.mFramesPerSecond, 25.0);
+    EXPECT_TRUE(lResult.mHasJointTranslation);
+
+    OrvNode* lHips = lResult.mRoot;
+    ASSERT_EQ(mScene->GetRootNode()->GetChild(0), lHips);
+    EXPECT_STREQ(lHips->GetName(), "Hips");
+    EXPECT_EQ(lHips->GetSkeleton()->GetSkeletonType(), OrvSkeleton::eRoot);
+    ASSERT_EQ(lHips->GetChildCount(), 2);
+    OrvNode* lChest = lHips->GetChild(0);
+    OrvNode* lLeg = lHips->GetChild(1);
+    EXPECT_STREQ(lChest->GetName(), "Chest");
+    EXPECT_STREQ(lLeg->GetName(), "Leg");
+    ASSERT_EQ(lChest->GetChildCount(), 1);
+    EXPECT_STREQ(lChest->GetChild(0)->GetName(), "Chest_End");
+    EXPECT_STREQ(lLeg->GetChild(0)->GetName(), "Leg_End");
+    EXPECT_EQ(lLeg->GetChild(0)->GetSkeleton()->GetSkeletonType(), OrvSkeleton::eLimbNode);
+
+    EXPECT_EQ(lHips->GetRotationOffset(OrvNode::eSourcePivot), OrvVector4(1, 2, 3));
+    EXPECT_EQ(lLeg->GetRotationOffset(OrvNode::eSourcePivot), OrvVector4(3, -1, 0));
+    EXPECT_EQ(lLeg->GetChild(0)->GetRotationOffset(OrvNode::eSourcePivot), OrvVector4(0, -8, 0));
+    EXPECT_EQ(lLeg->EvaluateLocalTranslation(OrvTime()), OrvVector4(0, 0, 0));
+    EXPECT_EQ(lHips->GetPreRotation(OrvNode::eSourcePivot), OrvVector4());
+}
+
+TEST_F(BvhReader, RotationOrderIsTheReverseOfTheListedRotationChannels)
+{
+    ASSERT_TRUE(Read(kSmallBvh).mSucceeded);
+    OrvNode* lHips = mScene->GetRootNode()->GetChild(0);
+    EXPECT_TRUE(lHips->GetRotationActive());
+    EXPECT_EQ(OrderOf(lHips), OrvEuler::eOrderYXZ);              // Z X Y listed: Y applies first
+    EXPECT_EQ(OrderOf(lHips->GetChild(0)), OrvEuler::eOrderZYX); // X Y Z listed
+    EXPECT_EQ(OrderOf(lHips->GetChild(1)), OrvEuler::eOrderZYX); // Y Z listed; X never turns
+}
+
+TEST_F(BvhReader, EveryChannelGetsOneCurveKeyedAtEveryFrame)
+{
+    ASSERT_TRUE(Read(kSmallBvh).mSucceeded);
+    OrvNode* lLeg = mScene->GetRootNode()->GetChild(0)->GetChild(1);
+    OrvAnimCurveNode* lTranslation = lLeg->LclTranslation.GetCurveNode(mStack);
+    OrvAnimCurveNode* lRotation = lLeg->LclRotation.GetCurveNode(mStack);
+    ASSERT_NE(lTranslation, nullptr);
+    ASSERT_NE(lRotation, nullptr);
+    for (unsigned lChannel = 0; lChannel < 3; ++lChannel) EXPECT_EQ(lTranslation->GetCurveCount(lChannel), 1);
+    EXPECT_EQ(lRotation->GetCurveCount(0), 0);
+    EXPECT_EQ(lRotation->GetCurveCount(1), 1);
+    EXPECT_EQ(lRotation->GetCurveCount(2), 1);
+
+    // Leg's channels are values 9 to 13 of a frame: Yrotation Xposition Zrotation Yposition Zposition.
+    const OrvAnimCurve* lXposition = lTranslation->GetCurve(0);
+    EXPECT_STREQ(lXposition->GetName(), "Leg_Xposition");
+    ASSERT_EQ(lXposition->KeyGetCount(), 3);
+    EXPECT_FLOAT_EQ(lXposition->KeyGetValue(1), 1.0f);
+    EXPECT_FLOAT_EQ(lXposition->KeyGetValue(2), -1.0f);
+    EXPECT_EQ(lXposition->KeyGetTime(2), OrvTime::FromFrame(2, 25.0));
+    EXPECT_FLOAT_EQ(lRotation->GetCurve(2)->KeyGetValue(2), 88.0f);
+    EXPECT_FLOAT_EQ(lRotation->GetCurve(1)->KeyGetValue(1), 15.0f);
+}
+
+TEST_F(BvhReader, HostWorldPositionsFollowTheBvhMeaning)
+{
+    const orvasf::OrvBvhReadResult lResult = Read(kSmallBvh);
+    ASSERT_TRUE(lResult.mSucceeded);
+    EXPECT_LT(LargestDifference(kSmallBvh, lResult.mRoot, lResult.mFramesPerSecond), 1e-4);
+}
+
+TEST_F(BvhReader, AllSixRotationOrdersPoseLikeTheBvhMeaning)
+{
+    // A chain of six joints, one per order of the three rotation channels.
+    const char* const kOrders[6] = {"Xrotation Yrotation Zrotation", "Xrotation Zrotation Yrotation",
+                                    "Yrotation Zrotation Xrotation", "Yrotation Xrotation Zrotation",
+                                    "Zrotation Xrotation Yrotation", "Zrotation Yrotation Xrotation"};
+    std::string lText = "HIERARCHY\nROOT J0\n{\nOFFSET 0 0 0\nCHANNELS 3 " + std::string(kOrders[0]) + "\n";
+    for (int j = 1; j < 6; ++j)
+        lText += "JOINT J" + std::to_string(j) + "\n{\nOFFSET 1 2 3\nCHANNELS 3 " + kOrders[j] + "\n";
+    lText += "End Site\n{\nOFFSET 4 5 6\n}\n";
+    for (int j = 0; j < 6; ++j) lText += "}\n";
+    lText += "MOTION\nFrames: 2\nFrame Time: 0.5\n";
+    for (int f = 0; f < 2; ++f)
+    {
+        for (int v = 0; v < 18; ++v) lText += std::to_string((v * 37 + f * 71) % 170 - 85) + " ";
+        lText += "\n";
+    }
+    const orvasf::OrvBvhReadResult lResult = Read(lText);
+    ASSERT_TRUE(lResult.mSucceeded) << ::testing::PrintToString(Messages());
+    EXPECT_LT(LargestDifference(lText, lResult.mRoot, lResult.mFramesPerSecond), 1e-4);
+}
+
+TEST_F(BvhReader, AcceptsTheLayoutsOfRealFiles)
+{
+    const std::string lVariants[] = {
+        Replace(kSmallBvh, "\n", "\r\n"), // CRLF (first line)
+        [] {
+            std::string lText = kSmallBvh;
+            std::replace(lText.begin(), lText.end(), ' ', '\t'); // tabs
+            std::string lCrlf;
+            for (char lChar : lText) lChar == '\n' ? lCrlf += "\r\n" : lCrlf += lChar;
+            return lCrlf; // and CRLF throughout
+        }(),
+        std::string(kSmallBvh).substr(0, std::string(kSmallBvh).size() - 1), // no final newline
+        Replace(kSmallBvh, "Frames: 3", "Frames:\t3"),
+        Replace(kSmallBvh, "Frames: 3", "Frames :3"),
+        Replace(kSmallBvh, "Frame Time: 0.04", "Frame Time:0.04"),
+        Replace(kSmallBvh, "Frame Time: 0.04", "Frame  Time :\t.04"),
+        Replace(Replace(kSmallBvh, "HIERARCHY", "hierarchy"), "Xposition", "XPOSITION"),
+        Replace(kSmallBvh, "0.5 -4\n", "0.5 -4\n\n\n"), // blank lines at the end
+    };
+    for (const std::string& lText : lVariants)
+    {
+        mScene->GetRootNode()->RemoveChild(mScene->GetRootNode()->GetChild(0));
+        const orvasf::OrvBvhReadResult lResult = Read(lText);
+        ASSERT_TRUE(lResult.mSucceeded) << lText << ::testing::PrintToString(Messages());
+        EXPECT_EQ(lResult.mFrameCount, 3);
+        EXPECT_DOUBLE_EQ(lResult.mFrameTime, 0.04);
+        EXPECT_LT(LargestDifference(kSmallBvh, lResult.mRoot, lResult.mFramesPerSecond), 1e-4);
+    }
+}
+
+TEST_F(BvhReader, KeepsNameSpacePrefixesInNodeNames)
+{
+    const orvasf::OrvBvhReadResult lResult = Read(Replace(kSmallBvh, "ROOT Hips", "ROOT mixamorig:Hips"));
+    ASSERT_TRUE(lResult.mSucceeded);
+    EXPECT_STREQ(lResult.mRoot->GetName(), "mixamorig:Hips");
+}
+
+TEST_F(BvhReader, WarnsAboutTextAfterTheAnnouncedFrames)
+{
+    const orvasf::OrvBvhReadResult lResult = Read(Replace(kSmallBvh, "Frames: 3", "Frames: 2"));
+    ASSERT_TRUE(lResult.mSucceeded);
+    EXPECT_EQ(lResult.mFrameCount, 2);
+    EXPECT_EQ(Messages(), std::vector<std::string>{"test.bvh:30: warning: Text after the last of 2 frames ignored"});
+}
+
+TEST_F(BvhReader, RefusedFilesNameFileAndLineAndBuildNothing)
+{
+    struct Case
+    {
+        std::string mText;
+        std::string mMessage;
+    };
+    const std::string lSmall = kSmallBvh;
+    const Case lCases[] = {
+        {lSmall.substr(0, lSmall.find("  JOINT Leg")),
+         "test.bvh:14: error: The file ends inside the hierarchy: joint \"Hips\" is not closed"},
+        {Replace(kSmallBvh, "5 -2 7.5 30", "5 -2 7.5"),
+         "test.bvh:29: error: Frame 2 holds 13 values; the hierarchy has 14 channels"},
+        {Replace(kSmallBvh, "0.5 -4\n", "0.5 -4 9\n"),
+         "test.bvh:30: error: Frame 3 holds 15 values; the hierarchy has 14 channels"},
+        {Replace(kSmallBvh, "Xrotation Yrotation Zrotation", "Xrotation Wrotation Zrotation"),
+         "test.bvh:9: error: Unknown channel name \"Wrotation\" in joint \"Chest\" (expected Xposition, Yposition, "
+         "Zposition, Xrotation, Yrotation or Zrotation)"},
+        {Replace(kSmallBvh, "Frames: 3\n", ""),
+         "test.bvh:26: error: Expected \"Frames:\" after MOTION, found \"Frame Time: 0.04\""},
+        {lSmall.substr(0, lSmall.find("MOTION") + 7), "test.bvh:25: error: The file ends before \"Frames:\""},
+        {Replace(kSmallBvh, "Frames: 3", "Frames: 4"), "test.bvh:30: error: The file ends after 3 of 4 frames"},
+        {Replace(kSmallBvh, "Frames: 3", "Frames: three"),
+         "test.bvh:26: error: \"Frames:\" needs a whole number of frames, 0 or more, not \"three\""},
+        {Replace(kSmallBvh, "Frame Time: 0.04", "Frame Time: 0"),
+         "test.bvh:27: error: \"Frame Time:\" needs a positive number of seconds, not \"0\""},
+        {Replace(kSmallBvh, "CHANNELS 3 Xrotation", "CHANNELS 4 Xrotation"),
+         "test.bvh:9: error: CHANNELS of joint \"Chest\" announces 4 channels and names 3"},
+        {Replace(kSmallBvh, "Yrotation Zrotation\n", "Yrotation Xrotation\n"),
+         "test.bvh:9: error: Channel Xrotation listed twice in joint \"Chest\""},
+        {Replace(kSmallBvh, "    OFFSET 0 10 0\n", ""), "test.bvh:13: error: Joint \"Chest\" has no OFFSET"},
+        {Replace(kSmallBvh, "OFFSET 0 10 0", "OFFSET 0 10"),
+         "test.bvh:8: error: OFFSET of joint \"Chest\" needs three finite numbers on its line"},
+        {Replace(kSmallBvh, "0 -8 0\n    }\n", "0 -8 0\n    }\n    CHANNELS 1 Xrotation\n"),
+         "test.bvh:23: error: Joint \"Leg\" has a second CHANNELS line"},
+        {Replace(kSmallBvh, "-3 1 2", "-3 x 2"), "test.bvh:30: error: Frame 3: \"x\" is not a finite number"},
+        {Replace(kSmallBvh, "HIERARCHY\n", ""),
+         "test.bvh:1: error: Expected HIERARCHY at the start of the file, found \"ROOT\""},
+        {Replace(kSmallBvh, "MOTION", "MOTIONS"),
+         "test.bvh:25: error: Expected MOTION after the hierarchy, found \"MOTIONS\""},
+        {Replace(kSmallBvh, "JOINT Chest", "JOINT"), "test.bvh:7: error: JOINT without a joint name"},
+        {"", "test.bvh: error: The file is empty; a BVH file starts with HIERARCHY"},
+    };
+    for (const Case& lCase : lCases)
+    {
+        const int lObjects = mScene->GetObjectCount();
+        const orvasf::OrvBvhReadResult lResult = Read(lCase.mText);
+        EXPECT_FALSE(lResult.mSucceeded) << lCase.mText;
+        EXPECT_EQ(lResult.mRoot, nullptr);
+        EXPECT_EQ(mScene->GetObjectCount(), lObjects);
+        EXPECT_EQ(mScene->GetRootNode()->GetChildCount(), 0);
+        const std::vector<std::string> lMessages = Messages();
+        ASSERT_EQ(lMessages.size(), 1u) << lCase.mText;
+        EXPECT_EQ(lMessages[0], lCase.mMessage);
+    }
+}
+
+TEST_F(BvhReader, ReadsNothingFromAMissingFile)
+{
+    const orvasf::OrvBvhReadResult lResult = mReader.Read("/nonexistent/file.bvh", mScene->GetRootNode(), mStack);
+    EXPECT_FALSE(lResult.mSucceeded);
+    ASSERT_EQ(Messages().size(), 1u);
+    EXPECT_EQ(Messages()[0].rfind("/nonexistent/file.bvh: error: Can't open BVH file", 0), 0u) << Messages()[0];
+}

@@ -1,0 +1,161 @@
+// The BVH writer: the hierarchy and channels it chooses, that the written file posed with the BVH
+// meaning (tests/support/BvhReference.h) puts every joint where the host does, and its output
+// handling.
+
+#include "tests/support/BvhReference.h"
+#include "tests/support/HostSceneBuilder.h"
+
+#include "bvh/OrvBvhWriter.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <clocale>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+using namespace orvsdk;
+using namespace hosttest;
+
+namespace {
+
+const double kFramesPerSecond = 30.0;
+
+// Root: rotation offset, pre- and post-rotation, order Z X Y, animated translation and rotation
+// +-- Spine: rest translation in the property, rotation offset, order Y Z X, animated rotation
+// |   `-- Spine_End: an end node
+// +-- Mesh: no skeleton attribute
+// |   `-- Hidden: a joint below a non-joint
+// `-- Arm: animated translation, rotation not active (its order Z Y X is then not used)
+class BvhWriter : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        mScene = CreateScene();
+        mRoot = AddNode(mScene->GetRootNode(), "Root");
+        mRoot->SetRotationOffset(OrvNode::eSourcePivot, OrvVector4(1, 2, 3));
+        SetRotation(mRoot, OrvEuler::eOrderZXY, OrvVector4(10, 20, 30), OrvVector4(5, -5, 15));
+        Animate(mRoot->LclTranslation, {{0, 0, 0}, {4, -2, 7}, {-3, 5, 1}}, kFramesPerSecond);
+        Animate(mRoot->LclRotation, {{0, 0, 0}, {40, -70, 110}, {-150, 85, 20}}, kFramesPerSecond);
+
+        OrvNode* lSpine = AddNode(mRoot, "Spine");
+        SetProperty(lSpine->LclTranslation, OrvVector4(0, 10, 0));
+        lSpine->SetRotationOffset(OrvNode::eSourcePivot, OrvVector4(0, 1, 0));
+        SetRotation(lSpine, OrvEuler::eOrderYZX, OrvVector4(0, 0, 45));
+        Animate(lSpine->LclRotation, {{10, 20, 30}, {-60, 5, 90}, {170, -30, -45}}, kFramesPerSecond);
+        SetProperty(AddNode(lSpine, "Spine_End")->LclTranslation, OrvVector4(0, 5, 0));
+
+        AddNode(AddNode(mRoot, "Mesh", false), "Hidden");
+
+        OrvNode* lArm = AddNode(mRoot, "Arm");
+        lArm->SetRotationOrder(OrvNode::eSourcePivot, OrvEuler::eOrderZYX);
+        SetProperty(lArm->LclRotation, OrvVector4(0, 0, 30));
+        Animate(lArm->LclTranslation, {{3, 0, 0}, {4, 1, 0}, {5, 0, -2}}, kFramesPerSecond);
+    }
+    void TearDown() override
+    {
+        mScene->Destroy();
+        std::filesystem::remove(mPath);
+    }
+
+    std::string Write(int pFrameCount = 3)
+    {
+        orvasf::OrvBvhWriteSettings lSettings;
+        lSettings.mFramesPerSecond = kFramesPerSecond;
+        lSettings.mFrameCount = pFrameCount;
+        EXPECT_TRUE(mWriter.Write(mPath.c_str(), mRoot, lSettings));
+        std::ifstream lFile(mPath);
+        std::ostringstream lText;
+        lText << lFile.rdbuf();
+        return lText.str();
+    }
+
+    OrvScene* mScene = nullptr;
+    OrvNode* mRoot = nullptr;
+    orvasf::OrvBvhWriter mWriter;
+    const std::string mPath = ::testing::TempDir() + "orv_bvh_writer_" + std::to_string(getpid()) + ".bvh";
+};
+
+} // namespace
+
+TEST_F(BvhWriter, WritesTheJointsWithChannelsInTheirHostOrder)
+{
+    const std::string lText = Write();
+    const std::string lHierarchy = lText.substr(0, lText.find("MOTION"));
+    EXPECT_EQ(lHierarchy,
+              "HIERARCHY\n"
+              "ROOT Root\n"
+              "{\n"
+              "  OFFSET 1 2 3\n"
+              "  CHANNELS 6 Xposition Yposition Zposition Yrotation Xrotation Zrotation\n"
+              "  JOINT Spine\n"
+              "  {\n"
+              "    OFFSET 0 11 0\n"
+              "    CHANNELS 3 Xrotation Zrotation Yrotation\n"
+              "    End Site\n"
+              "    {\n"
+              "      OFFSET 0 5 0\n"
+              "    }\n"
+              "  }\n"
+              "  JOINT Arm\n"
+              "  {\n"
+              "    OFFSET 0 0 0\n"
+              "    CHANNELS 6 Xposition Yposition Zposition Zrotation Yrotation Xrotation\n"
+              "    End Site\n"
+              "    {\n"
+              "      OFFSET 0 0 0\n"
+              "    }\n"
+              "  }\n"
+              "}\n");
+    EXPECT_NE(lText.find("MOTION\nFrames: 3\nFrame Time: 0.0333333333\n"), std::string::npos);
+}
+
+TEST_F(BvhWriter, WrittenFilePutsEveryJointWhereTheHostDoes)
+{
+    const bvhtest::Motion lMotion = bvhtest::Parse(Write());
+    ASSERT_TRUE(lMotion.mValid);
+    ASSERT_EQ(lMotion.mFrames.size(), 3u);
+    for (size_t f = 0; f < 3; ++f)
+    {
+        const auto lHost = bvhtest::HostPositions(mRoot, OrvTime::FromFrame(static_cast<double>(f), kFramesPerSecond));
+        const std::vector<bvhtest::Vec3> lPosed = bvhtest::WorldPositions(lMotion, f);
+        for (size_t j = 0; j < lMotion.mJoints.size(); ++j)
+        {
+            // Arm has no end node: its End Site sits at the joint.
+            const std::string lName = lMotion.mJoints[j].mName == "Arm_End" ? "Arm" : lMotion.mJoints[j].mName;
+            ASSERT_EQ(lHost.count(lName), 1u) << lName;
+            EXPECT_LT(bvhtest::Distance(lHost.at(lName), lPosed[j]), 1e-6) << lName << " frame " << f;
+        }
+    }
+}
+
+TEST_F(BvhWriter, PrintsNumbersWithAPointWhateverTheLocale)
+{
+    SetProperty(mRoot->GetChild(0)->GetChild(0)->LclTranslation, OrvVector4(0.5, 2.25, -0.125));
+    const std::string lPrevious = std::setlocale(LC_ALL, nullptr);
+    if (!std::setlocale(LC_ALL, "de_DE.UTF-8") && !std::setlocale(LC_ALL, "de_DE.utf8"))
+        GTEST_SKIP() << "no German locale installed";
+    const std::string lText = Write();
+    std::setlocale(LC_ALL, lPrevious.c_str());
+    EXPECT_NE(lText.find("OFFSET 0.5 2.25 -0.125"), std::string::npos);
+    EXPECT_NE(lText.find("Frame Time: 0.0333333333"), std::string::npos);
+    EXPECT_EQ(lText.find(','), std::string::npos);
+}
+
+TEST_F(BvhWriter, WritesNoFrameLinesForZeroFrames)
+{
+    const std::string lText = Write(0);
+    EXPECT_EQ(lText.substr(lText.find("MOTION")), "MOTION\nFrames: 0\nFrame Time: 0.0333333333\n");
+}
+
+TEST_F(BvhWriter, ReportsAFileThatCannotBeCreated)
+{
+    orvasf::OrvBvhWriteSettings lSettings;
+    EXPECT_FALSE(mWriter.Write("/nonexistent/dir/out.bvh", mRoot, lSettings));
+    ASSERT_EQ(mWriter.GetFile().GetMessages().size(), 1u);
+    EXPECT_EQ(mWriter.GetFile().GetMessages()[0].mText.rfind("Can't create BVH file /nonexistent/dir/out.bvh", 0), 0u);
+}
