@@ -1,8 +1,8 @@
 // The AMC writer: a host skeleton exported as ASF, with its motion written as AMC, read back with
 // the AMC reader and imported, must put every joint where the host puts it; and the file's layout.
 
-#include "tests/support/BvhReference.h"
-#include "tests/support/HostSceneBuilder.h"
+#include "support/BvhReference.h"
+#include "support/HostSceneBuilder.h"
 
 #include "amc/OrvAmcReader.h"
 #include "amc/OrvAmcWriter.h"

@@ -2,7 +2,7 @@
 // BVH meaning (checked against the independent reading of tests/support/BvhReference.h), the
 // layout variants real files use, and the messages of refused files.
 
-#include "tests/support/BvhReference.h"
+#include "support/BvhReference.h"
 
 #include "bvh/OrvBvhReader.h"
 #include "orvsdk/host/OrvAnimCurve.h"

@@ -6,7 +6,8 @@
 //   - ASF/AMC to ASF/AMC through the host scene likewise.
 // Each check prints its largest world-position difference and what it covered.
 
-#include "tests/support/BvhReference.h"
+#include "support/BvhReference.h"
+#include "support/SharedMotionPairs.h"
 
 #include "amc/OrvAmcReader.h"
 #include "amc/OrvAmcWriter.h"
@@ -34,6 +35,9 @@ using namespace orvsdk;
 
 namespace {
 
+using shareddata::kMotionPairs;
+using shareddata::MotionPair;
+
 // Under the sanitizers the long motions are left out, every kSanitizedStride-th frame is checked
 // (and the last) and only the two uniform flag settings run, which keeps the suite quick; what is
 // skipped repeats what the rest covers.
@@ -44,30 +48,6 @@ const bool kSanitized = false;
 #endif
 const size_t kSanitizedStride = 10;
 const int kSanitizedMaxFrames = 600;
-
-struct Pair
-{
-    const char* mAsf;
-    const char* mAmc;
-};
-
-const Pair kPairs[] = {
-    {"cmu_01", "cmu_01_01"},
-    {"cmu_11", "cmu_11_01"},
-    {"cmu_07-walk", "cmu_07_05-walk"},
-    {"cmu_07-walk", "cmu_07_12-walk"},
-    {"cmu_09-run", "cmu_09_06-run"},
-    {"cmu_131-dance", "cmu_131_04-dance"},
-    {"mo_mjackson", "mo_131_04_crlf"},
-    {"cmu_135-martialArts", "cmu_135_06-martialArts"},
-    {"mo_martialwalk", "mo_135_02"},
-    {"cmu_16", "cmu_16_15"},
-    {"cmu02_fzzzz_walk_vs", "cmu02_02_01_walk"},
-    {"cmu02_fzzzz_walk", "cmu02_fzzzz_walk_01_crlf"},
-    {"mo_moderndance", "mo_md_walk"},
-    {"mo_golf", "mo_golf_01"},
-    {"cmu_01", "mo_null_pose"},
-};
 
 const char* const kBvhFiles[] = {"cgspeed_01_01", "freebvh_mixamo", "imusim_16_15",
                                  "mocapbank",     "pfnn_hierarchy", "pymo_AV_8Walk_Meredith_HVHA_Rep1"};
@@ -91,7 +71,7 @@ std::vector<Flags> FlagSettings(bool pAll)
 
 // Pairs with something particular for the ASF/AMC to ASF/AMC path: a short run, a motion cut short,
 // root angles unwrapped past 360 degrees, a single frame.
-const Pair kAsfPairs[] = {
+const MotionPair kAsfPairs[] = {
     {"cmu_09-run", "cmu_09_06-run"},       {"cmu_07-walk", "cmu_07_12-walk"}, {"mo_golf", "mo_golf_01"},
     {"cmu_131-dance", "cmu_131_04-dance"}, {"cmu_01", "mo_null_pose"},
 };
@@ -298,7 +278,7 @@ protected:
 TEST_F(BvhInterchangeRealData, WrittenBvhPutsEveryJointWhereTheHostDoes)
 {
     Tally lTally;
-    for (const Pair& lPair : kPairs)
+    for (const MotionPair& lPair : kMotionPairs)
         for (const Flags& lFlags : FlagSettings(true))
         {
             SCOPED_TRACE(std::string(lPair.mAmc) + ", " + FlagsText(lFlags));
@@ -412,7 +392,7 @@ TEST_F(BvhInterchangeRealData, BvhToAsfAmcAndBackPutsEveryJointOfTheSourceInPlac
 TEST_F(BvhInterchangeRealData, AsfAmcToBvhToAsfAmcPutsEveryNodeOfTheFirstImportInPlace)
 {
     Tally lTally;
-    for (const Pair& lPair : kPairs)
+    for (const MotionPair& lPair : kMotionPairs)
         for (const Flags& lFlags : FlagSettings(false))
         {
             SCOPED_TRACE(std::string(lPair.mAmc) + ", " + FlagsText(lFlags));
@@ -443,7 +423,7 @@ TEST_F(BvhInterchangeRealData, AsfAmcToBvhToAsfAmcPutsEveryNodeOfTheFirstImportI
 TEST_F(BvhInterchangeRealData, AsfAmcToAsfAmcThroughTheHostPutsEveryNodeInPlace)
 {
     Tally lTally;
-    for (const Pair& lPair : kAsfPairs)
+    for (const MotionPair& lPair : kAsfPairs)
         for (const Flags& lFlags : FlagSettings(true))
         {
             SCOPED_TRACE(std::string(lPair.mAmc) + ", " + FlagsText(lFlags));

@@ -2,8 +2,8 @@
 // meaning (tests/support/BvhReference.h) puts every joint where the host does, and its output
 // handling.
 
-#include "tests/support/BvhReference.h"
-#include "tests/support/HostSceneBuilder.h"
+#include "support/BvhReference.h"
+#include "support/HostSceneBuilder.h"
 
 #include "bvh/OrvBvhWriter.h"
 

@@ -3,8 +3,8 @@
 // hierarchy, and round trips of the real skeletons through the host and an ASF file.
 
 #include "tests/AsfTestSupport.h"
-#include "tests/support/HostSceneSupport.h"
-#include "tests/support/ReferenceKinematics.h"
+#include "support/HostSceneSupport.h"
+#include "support/ReferenceKinematics.h"
 
 #include "orvsdk/host/OrvAnimCurveNode.h"
 

@@ -3,7 +3,7 @@
 // merge onto existing host hierarchies.
 
 #include "tests/AsfTestSupport.h"
-#include "tests/support/HostSceneSupport.h"
+#include "support/HostSceneSupport.h"
 
 #include "orvsdk/host/OrvAnimCurveFilterGimbleKiller.h"
 #include "orvsdk/host/OrvAnimCurveFilterUnroll.h"

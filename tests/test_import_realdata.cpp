@@ -3,8 +3,9 @@
 // of the two set-up flags; every joint's world position, evaluated from the host scene at each
 // frame's time, must match an independent forward kinematics of the same files.
 
-#include "tests/support/HostSceneSupport.h"
-#include "tests/support/ReferenceKinematics.h"
+#include "support/SharedMotionPairs.h"
+#include "support/HostSceneSupport.h"
+#include "support/ReferenceKinematics.h"
 
 #include "amc/OrvAmcReader.h"
 #include "orvsdk/asf/OrvFileAcclaimAsf.h"
@@ -23,16 +24,8 @@ using namespace orvsdk::reference;
 
 namespace {
 
-struct Pair
-{
-    const char* mAsf;
-    const char* mAmc;
-};
-
-void PrintTo(const Pair& pPair, std::ostream* pStream)
-{
-    *pStream << pPair.mAsf << " + " << pPair.mAmc;
-}
+using shareddata::kMotionPairs;
+using shareddata::MotionPair;
 
 // Under the sanitizers the long motions are left out and only every kSanitizedStride-th frame
 // (and the last) is evaluated, so the suite stays quick there; the skipped work repeats what the
@@ -44,24 +37,6 @@ const bool kSanitized = false;
 #endif
 const size_t kSanitizedStride = 10;
 const size_t kSanitizedMaxFrames = 600;
-
-const Pair kPairs[] = {
-    {"cmu_01", "cmu_01_01"},
-    {"cmu_11", "cmu_11_01"},
-    {"cmu_07-walk", "cmu_07_05-walk"},
-    {"cmu_07-walk", "cmu_07_12-walk"},
-    {"cmu_09-run", "cmu_09_06-run"},
-    {"cmu_131-dance", "cmu_131_04-dance"},
-    {"mo_mjackson", "mo_131_04_crlf"},
-    {"cmu_135-martialArts", "cmu_135_06-martialArts"},
-    {"mo_martialwalk", "mo_135_02"},
-    {"cmu_16", "cmu_16_15"},
-    {"cmu02_fzzzz_walk_vs", "cmu02_02_01_walk"},
-    {"cmu02_fzzzz_walk", "cmu02_fzzzz_walk_01_crlf"},
-    {"mo_moderndance", "mo_md_walk"},
-    {"mo_golf", "mo_golf_01"},
-    {"cmu_01", "mo_null_pose"},  // a single frame; it fits any of the 30-bone skeletons
-};
 
 // The two set-up flags, and the host settings of the flush.
 struct Flags
@@ -98,7 +73,7 @@ struct Result
 // Imports pPair with pFlags and compares the host's world positions with pSkeleton's poses of
 // pMotion at every checked frame: each bone's node against the bone's joint, each "_End" node
 // against the end of its leaf bone.
-void CheckImport(const Pair& pPair, Flags pFlags, const Skeleton& pSkeleton, const Motion& pMotion, Result& pResult)
+void CheckImport(const MotionPair& pPair, Flags pFlags, const Skeleton& pSkeleton, const Motion& pMotion, Result& pResult)
 {
     ScenePointer lScene = CreateHostScene(kTake);  // outlives the bones, which may own curves
     lScene->GetGlobalSettings().SetRotationFilterToApply(pFlags.mRotationFilter);
@@ -157,7 +132,7 @@ std::string Describe(const Flags& pFlags)
     return lText;
 }
 
-class ImportRealData : public ::testing::TestWithParam<Pair>
+class ImportRealData : public ::testing::TestWithParam<MotionPair>
 {
 protected:
     void SetUp() override
@@ -211,8 +186,8 @@ TEST_P(ImportRealData, UnrolledAndReducedCurvesKeepThePose)
     CheckAndReport(Flags{false, false, kUnrollFilter, true});
 }
 
-INSTANTIATE_TEST_SUITE_P(SharedData, ImportRealData, ::testing::ValuesIn(kPairs),
-                         [](const ::testing::TestParamInfo<Pair>& pInfo) {
+INSTANTIATE_TEST_SUITE_P(SharedData, ImportRealData, ::testing::ValuesIn(kMotionPairs),
+                         [](const ::testing::TestParamInfo<MotionPair>& pInfo) {
                              std::string lName = std::string(pInfo.param.mAsf) + "_" + pInfo.param.mAmc;
                              std::replace(lName.begin(), lName.end(), '-', '_');
                              return lName;

@@ -14,6 +14,7 @@
 #include "orvsdk/host/OrvAMatrix.h"
 #include "orvsdk/host/OrvNode.h"
 #include "orvsdk/host/OrvTime.h"
+#include "Math3.h"
 
 #include <array>
 #include <cmath>
@@ -25,50 +26,13 @@
 
 namespace bvhtest {
 
-using Vec3 = std::array<double, 3>;
-using Mat3 = std::array<Vec3, 3>; // rows
-
-inline Mat3 Multiply(const Mat3& pA, const Mat3& pB)
-{
-    Mat3 lProduct{};
-    for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 3; ++c)
-            for (int k = 0; k < 3; ++k) lProduct[r][c] += pA[r][k] * pB[k][c];
-    return lProduct;
-}
-
-inline Vec3 Apply(const Mat3& pA, const Vec3& pV)
-{
-    Vec3 lResult{};
-    for (int r = 0; r < 3; ++r) lResult[r] = pA[r][0] * pV[0] + pA[r][1] * pV[1] + pA[r][2] * pV[2];
-    return lResult;
-}
-
-inline Vec3 Add(const Vec3& pA, const Vec3& pB)
-{
-    return Vec3{pA[0] + pB[0], pA[1] + pB[1], pA[2] + pB[2]};
-}
-
-inline double Distance(const Vec3& pA, const Vec3& pB)
-{
-    return std::sqrt((pA[0] - pB[0]) * (pA[0] - pB[0]) + (pA[1] - pB[1]) * (pA[1] - pB[1]) +
-                     (pA[2] - pB[2]) * (pA[2] - pB[2]));
-}
-
-// Right-handed rotation by pDegrees about axis pAxis (0 X, 1 Y, 2 Z).
-inline Mat3 AxisRotation(int pAxis, double pDegrees)
-{
-    const double lRadians = pDegrees * 3.14159265358979323846 / 180.0;
-    const int lU = (pAxis + 1) % 3;
-    const int lV = (pAxis + 2) % 3;
-    Mat3 lR{};
-    lR[pAxis][pAxis] = 1.0;
-    lR[lU][lU] = std::cos(lRadians);
-    lR[lU][lV] = -std::sin(lRadians);
-    lR[lV][lU] = std::sin(lRadians);
-    lR[lV][lV] = std::cos(lRadians);
-    return lR;
-}
+using math3::Add;
+using math3::Apply;
+using math3::AxisRotation;
+using math3::Distance;
+using math3::Mat3;
+using math3::Multiply;
+using math3::Vec3;
 
 struct Joint
 {

@@ -1,0 +1,40 @@
+// The skeleton and motion pairs of the shared real data, as its README lists them.
+#ifndef ORVASF_TESTS_SUPPORT_SHAREDMOTIONPAIRS_H
+#define ORVASF_TESTS_SUPPORT_SHAREDMOTIONPAIRS_H
+
+#include <ostream>
+
+namespace shareddata {
+
+struct MotionPair
+{
+    const char* mAsf;  // base name in asf/
+    const char* mAmc;  // base name in amc/
+};
+
+inline void PrintTo(const MotionPair& pPair, std::ostream* pStream)
+{
+    *pStream << pPair.mAsf << " + " << pPair.mAmc;
+}
+
+inline constexpr MotionPair kMotionPairs[] = {
+    {"cmu_01", "cmu_01_01"},
+    {"cmu_11", "cmu_11_01"},
+    {"cmu_07-walk", "cmu_07_05-walk"},
+    {"cmu_07-walk", "cmu_07_12-walk"},
+    {"cmu_09-run", "cmu_09_06-run"},
+    {"cmu_131-dance", "cmu_131_04-dance"},
+    {"mo_mjackson", "mo_131_04_crlf"},
+    {"cmu_135-martialArts", "cmu_135_06-martialArts"},
+    {"mo_martialwalk", "mo_135_02"},
+    {"cmu_16", "cmu_16_15"},
+    {"cmu02_fzzzz_walk_vs", "cmu02_02_01_walk"},
+    {"cmu02_fzzzz_walk", "cmu02_fzzzz_walk_01_crlf"},
+    {"mo_moderndance", "mo_md_walk"},
+    {"mo_golf", "mo_golf_01"},
+    {"cmu_01", "mo_null_pose"},  // a single frame; it fits any of the 30-bone skeletons
+};
+
+} // namespace shareddata
+
+#endif
