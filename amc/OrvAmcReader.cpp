@@ -1,14 +1,17 @@
 #include "amc/OrvAmcReader.h"
 
+#include "orvsdk/host/OrvAnimCurve.h"
 #include "orvsdk/host/OrvTime.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 
+#include <array>
 #include <cctype>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <sys/stat.h>
 
@@ -17,34 +20,119 @@ namespace orvasf {
 namespace {
 
 constexpr size_t kChunkSize = 1 << 16;
-constexpr int kMaxDofs = 7;
+// The most values a bone line can carry: a full DOF list, or three.
+constexpr int kMaxValues = orvsdk::OrvAsfNode::kMaxDofs > 3 ? orvsdk::OrvAsfNode::kMaxDofs : 3;
 constexpr double kRadiansToDegrees = 57.29577951308232;
+
+// Blanks separate tokens; CR counts as one, so that CRLF and LF lines read alike.
+constexpr std::array<bool, 256> MakeBlankTable()
+{
+    std::array<bool, 256> lTable{};
+    lTable[' '] = lTable['\t'] = lTable['\r'] = lTable['\0'] = true;
+    return lTable;
+}
+constexpr std::array<bool, 256> kBlank = MakeBlankTable();
 
 bool IsBlank(char pChar)
 {
-    return pChar == ' ' || pChar == '\t' || pChar == '\r' || pChar == '\0';
+    return kBlank[static_cast<unsigned char>(pChar)];
 }
 
 // Splits the first token off pText; pText keeps the rest. A '#' where a token would begin
 // comments out the rest of the line.
 std::string_view NextToken(std::string_view& pText)
 {
-    size_t lBegin = 0;
-    while (lBegin < pText.size() && IsBlank(pText[lBegin])) ++lBegin;
-    if (lBegin == pText.size() || pText[lBegin] == '#')
+    const char* lBegin = pText.data();
+    const char* const lEnd = lBegin + pText.size();
+    while (lBegin != lEnd && IsBlank(*lBegin)) ++lBegin;
+    if (lBegin == lEnd || *lBegin == '#')
     {
         pText = std::string_view();
         return std::string_view();
     }
-    size_t lEnd = lBegin;
-    while (lEnd < pText.size() && !IsBlank(pText[lEnd])) ++lEnd;
-    const std::string_view lToken = pText.substr(lBegin, lEnd - lBegin);
-    pText.remove_prefix(lEnd);
-    return lToken;
+    const char* lTokenEnd = lBegin;
+    while (lTokenEnd != lEnd && !IsBlank(*lTokenEnd)) ++lTokenEnd;
+    pText = std::string_view(lTokenEnd, static_cast<size_t>(lEnd - lTokenEnd));
+    return std::string_view(lBegin, static_cast<size_t>(lTokenEnd - lBegin));
 }
 
-// A whole token read as a finite number or an infinity.
-bool ParseDouble(std::string_view pToken, double& pValue)
+const char* SkipBlanks(const char* pText, const char* pEnd)
+{
+    while (pText != pEnd && IsBlank(*pText)) ++pText;
+    return pText;
+}
+
+const char* TokenEnd(const char* pText, const char* pEnd)
+{
+    while (pText != pEnd && !IsBlank(*pText)) ++pText;
+    return pText;
+}
+
+// Appends the digits at pText to pMantissa; returns the end of the digits.
+const char* ReadDigits(const char* pText, const char* pEnd, uint64_t& pMantissa)
+{
+    for (; pText != pEnd; ++pText)
+    {
+        const unsigned lDigit = static_cast<unsigned char>(*pText - '0');
+        if (lDigit >= 10) break;
+        pMantissa = pMantissa * 10 + lDigit;
+    }
+    return pText;
+}
+
+// The powers of ten that a double holds exactly.
+constexpr double kExactPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                        1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+constexpr int kMaxExactPower = 22;
+constexpr long kMaxMantissaDigits = 19;  // below 2^64
+constexpr long kMaxExponentDigits = 4;
+constexpr uint64_t kMaxExactMantissa = uint64_t(1) << 53;
+
+// Reads the number at pText when it is -?D+(.D+)?([eE][-+]?D+)? with a mantissa of at most 2^53
+// (its digits taken as one integer) and a decimal exponent within +-22: both are exact doubles,
+// so one product or quotient rounds once, to the nearest double, the very value from_chars
+// returns. Returns the end of the number, or null when the text does not start with such a
+// number; the caller checks that the token ends there.
+const char* ReadShortDecimal(const char* pText, const char* pEnd, double& pValue)
+{
+    const char* p = pText;
+    const bool lNegative = p != pEnd && *p == '-';
+    if (lNegative) ++p;
+    uint64_t lMantissa = 0;
+    const char* const lIntegerBegin = p;
+    p = ReadDigits(p, pEnd, lMantissa);
+    if (p == lIntegerBegin) return nullptr;
+    long lDigits = p - lIntegerBegin;
+    int lExponent = 0;
+    if (p != pEnd && *p == '.')
+    {
+        const char* const lFractionBegin = ++p;
+        p = ReadDigits(p, pEnd, lMantissa);
+        if (p == lFractionBegin) return nullptr;
+        lDigits += p - lFractionBegin;
+        lExponent = -static_cast<int>(p - lFractionBegin);
+    }
+    if (lDigits > kMaxMantissaDigits || lMantissa > kMaxExactMantissa) return nullptr;
+    if (p != pEnd && (*p == 'e' || *p == 'E'))
+    {
+        ++p;
+        const bool lNegativeExponent = p != pEnd && *p == '-';
+        if (p != pEnd && (*p == '-' || *p == '+')) ++p;
+        uint64_t lWritten = 0;
+        const char* const lExponentBegin = p;
+        p = ReadDigits(p, pEnd, lWritten);
+        if (p == lExponentBegin || p - lExponentBegin > kMaxExponentDigits) return nullptr;
+        lExponent += lNegativeExponent ? -static_cast<int>(lWritten) : static_cast<int>(lWritten);
+    }
+    if (lExponent < -kMaxExactPower || lExponent > kMaxExactPower) return nullptr;
+    const double lMagnitude = lExponent < 0 ? static_cast<double>(lMantissa) / kExactPowersOfTen[-lExponent]
+                                            : static_cast<double>(lMantissa) * kExactPowersOfTen[lExponent];
+    pValue = lNegative ? -lMagnitude : lMagnitude;
+    return p;
+}
+
+// A whole token read by from_chars as a finite number or an infinity.
+bool ParseWithFromChars(std::string_view pToken, double& pValue)
 {
     const char* lBegin = pToken.data();
     const char* lEnd = lBegin + pToken.size();
@@ -143,6 +231,12 @@ std::string AmcReader::FormatMessage(const AmcMessage& pMessage) const
     return lText + pMessage.mText;
 }
 
+bool AmcReader::ParseValue(std::string_view pToken, double& pValue)
+{
+    const char* const lEnd = pToken.data() + pToken.size();
+    return ReadShortDecimal(pToken.data(), lEnd, pValue) == lEnd || ParseWithFromChars(pToken, pValue);
+}
+
 AmcReadResult AmcReader::ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::OrvAsfScene& pScene,
                                     const AmcReadSettings& pSettings)
 {
@@ -152,10 +246,12 @@ AmcReadResult AmcReader::ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::Or
     mEndOfInput = false;
     mLineNumber = 0;
     mBytesRead = 0;
+    mSize = pSize;
     mUnknownBones.clear();
     mLinePrediction.clear();
     mLineInFrame = 0;
     mInFrames = false;
+    mAllJointsThreeDof = false;
 
     orvsdk::OrvAsfNode* lRoot = pScene.mRoot;
     if (!lRoot)
@@ -167,7 +263,7 @@ AmcReadResult AmcReader::ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::Or
     mTranslationFactor = pScene.mLengthUnit > 0.0 ? 2.54 / pScene.mLengthUnit : 1.0;
     mRotationFactor = pScene.mAngleUnit;
 
-    lRoot->StartSamplingData();
+    if (pSettings.mSampleValues) lRoot->StartSamplingData();
     bool lOk = true;
     uint64_t lReported = 0;
     std::string_view lLine;
@@ -198,9 +294,10 @@ AmcReadResult AmcReader::ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::Or
             pSettings.mProgress(mBytesRead, pSize);
         }
     }
-    lRoot->StopSamplingData();
+    if (pSettings.mSampleValues) lRoot->StopSamplingData();
     if (lOk && mResult.mFrameCount == 0) Message(AmcMessage::eWarning, "No frame in the file");
     mResult.mSucceeded = lOk;
+    mResult.mAllJointsThreeDof = mAllJointsThreeDof;
     mBones.clear();
     return mResult;
 }
@@ -246,7 +343,7 @@ bool AmcReader::HandleLine(std::string_view pLine, const AmcReadSettings& pSetti
     const std::string_view lFirst = NextToken(lRest);
     if (lFirst.empty()) return true;
     if (lFirst.front() == ':') return HandleHeader(lFirst);
-    if (LooksNumeric(lFirst)) return HandleFrameNumber(lFirst, lRest);
+    if (LooksNumeric(lFirst)) return HandleFrameNumber(lFirst, lRest, pSettings);
     if (!mInFrames)
     {
         Message(AmcMessage::eError, "Frame number expected before bone line (" + Quote(lFirst) + ")");
@@ -269,12 +366,14 @@ bool AmcReader::HandleHeader(std::string_view pToken)
     }
     else if (EqualsNoCase(pToken, ":DEGREES"))
         mRotationFactor = 1.0;
+    else if (EqualsNoCase(pToken, ":FORCE-ALL-JOINTS-BE-3DOF"))
+        mAllJointsThreeDof = true;
     else if (!EqualsNoCase(pToken, ":FULLY-SPECIFIED"))
         Message(AmcMessage::eWarning, "Ignoring unknown header keyword (" + Quote(pToken) + ")");
     return true;
 }
 
-bool AmcReader::HandleFrameNumber(std::string_view pToken, std::string_view pRest)
+bool AmcReader::HandleFrameNumber(std::string_view pToken, std::string_view pRest, const AmcReadSettings& pSettings)
 {
     int lFrame = 0;
     if (!ParseInteger(pToken, lFrame) || !NextToken(pRest).empty())
@@ -288,9 +387,18 @@ bool AmcReader::HandleFrameNumber(std::string_view pToken, std::string_view pRes
                                         std::to_string(mFrameNumber));
         return false;
     }
-    if (!mInFrames) mResult.mFirstFrame = lFrame;
+    if (!mInFrames)
+    {
+        mResult.mFirstFrame = lFrame;
+        mFirstFrameStart = mBytesRead;
+    }
+    else if (mResult.mFrameCount == 1 && pSettings.mSampleValues)
+    {
+        ReserveKeys();
+    }
     mInFrames = true;
     mFrameNumber = lFrame;
+    mFrameTime = orvsdk::OrvTime::FromFrame(mFrameNumber - mResult.mFirstFrame, pSettings.mFramesPerSecond);
     mResult.mLastFrame = lFrame;
     ++mResult.mFrameCount;
     mLineInFrame = 0;
@@ -301,27 +409,67 @@ bool AmcReader::HandleBoneLine(std::string_view pName, std::string_view pRest, c
 {
     orvsdk::OrvAsfNode* lBone = ResolveBone(pName);
     if (!lBone) return true;
-    double lValues[kMaxDofs];
+    const int lExpected = ExpectedValueCount(*lBone);
+    double lValues[kMaxValues];
     int lCount = 0;
-    for (std::string_view lToken = NextToken(pRest); !lToken.empty(); lToken = NextToken(pRest))
+    const char* const lEnd = pRest.data() + pRest.size();
+    for (const char* p = SkipBlanks(pRest.data(), lEnd); p != lEnd && *p != '#'; p = SkipBlanks(p, lEnd), ++lCount)
     {
-        if (lCount < lBone->mDofCount && !ParseDouble(lToken, lValues[lCount]))
+        if (lCount >= lExpected)
         {
-            Message(AmcMessage::eError, "Not a number (" + Quote(lToken) + ")");
-            return false;
+            p = TokenEnd(p, lEnd);
+            continue;
         }
-        ++lCount;
+        // Numbers are read in place; a token the short path does not take goes to from_chars.
+        const char* lTokenEnd = ReadShortDecimal(p, lEnd, lValues[lCount]);
+        if (!lTokenEnd || (lTokenEnd != lEnd && !IsBlank(*lTokenEnd)))
+        {
+            lTokenEnd = TokenEnd(p, lEnd);
+            const std::string_view lToken(p, static_cast<size_t>(lTokenEnd - p));
+            if (!ParseWithFromChars(lToken, lValues[lCount]))
+            {
+                Message(AmcMessage::eError, "Not a number (" + Quote(lToken) + ")");
+                return false;
+            }
+        }
+        p = lTokenEnd;
     }
-    if (lCount != lBone->mDofCount)
+    if (lCount != lExpected)
     {
-        Message(AmcMessage::eError, "Bone " + Quote(pName) + " takes " + std::to_string(lBone->mDofCount) +
+        Message(AmcMessage::eError, "Bone " + Quote(pName) + " takes " + std::to_string(lExpected) +
                                         " values, the line holds " + std::to_string(lCount));
         return false;
     }
-    orvsdk::OrvTime lTime = orvsdk::OrvTime::FromFrame(mFrameNumber - mResult.mFirstFrame, pSettings.mFramesPerSecond);
-    lBone->AddSampleFromDOF(lValues, lTime, mTranslationFactor, mRotationFactor, pSettings.mUseRotationOffset,
-                            pSettings.mUsePreRotation);
+    if (pSettings.mSampleValues)
+        lBone->AddSampleFromDOF(lValues, mFrameTime, mTranslationFactor, mRotationFactor, pSettings.mUseRotationOffset,
+                                pSettings.mUsePreRotation);
     return true;
+}
+
+int AmcReader::ExpectedValueCount(const orvsdk::OrvAsfNode& pBone) const
+{
+    return mAllJointsThreeDof && pBone.mDofCount < 3 ? 3 : pBone.mDofCount;
+}
+
+void AmcReader::ReserveKeys() const
+{
+    // The first frame's size tells roughly how many frames the file holds (within a few per cent
+    // in real files): the curves make room for them at once, plus a margin, so that they grow
+    // without copying their keys, and without touching twice the memory the keys need.
+    const uint64_t lFrameBytes = mBytesRead - mFirstFrameStart;
+    if (mSize <= mFirstFrameStart || lFrameBytes == 0) return;
+    const uint64_t lFrames = (mSize - mFirstFrameStart) / lFrameBytes + 1;
+    const uint64_t lRoom = lFrames + lFrames / 16 + 2;
+    if (lRoom > static_cast<uint64_t>(std::numeric_limits<int>::max())) return;
+    for (const auto& lEntry : mBones)
+    {
+        orvsdk::OrvAsfNode* lBone = lEntry.second;
+        for (int j = 0; j < 3; ++j)
+        {
+            if (lBone->mTranslationCurve[j]) lBone->mTranslationCurve[j]->KeyReserve(static_cast<int>(lRoom));
+            if (lBone->mRotationCurve[j]) lBone->mRotationCurve[j]->KeyReserve(static_cast<int>(lRoom));
+        }
+    }
 }
 
 orvsdk::OrvAsfNode* AmcReader::ResolveBone(std::string_view pName)
@@ -329,18 +477,21 @@ orvsdk::OrvAsfNode* AmcReader::ResolveBone(std::string_view pName)
     // Files list the bones in the same order in every frame: try the bone of the same line slot in
     // the previous frame before the name index.
     const size_t lSlot = mLineInFrame++;
-    if (lSlot < mLinePrediction.size())
-    {
-        orvsdk::OrvAsfNode* lPredicted = mLinePrediction[lSlot];
-        if (lPredicted && pName == lPredicted->mName) return lPredicted;
-    }
+    if (lSlot < mLinePrediction.size() && mLinePrediction[lSlot].mName == pName) return mLinePrediction[lSlot].mBone;
+    if (lSlot >= mLinePrediction.size()) mLinePrediction.resize(lSlot + 1);
+    LineSlot& lPrediction = mLinePrediction[lSlot];
     const auto lFound = mBones.find(pName);
-    orvsdk::OrvAsfNode* lBone = lFound == mBones.end() ? nullptr : lFound->second;
-    if (lSlot >= mLinePrediction.size()) mLinePrediction.resize(lSlot + 1, nullptr);
-    mLinePrediction[lSlot] = lBone;
-    if (!lBone && mUnknownBones.emplace(std::string(pName), true).second)
-        Message(AmcMessage::eWarning, "Unknown bone (" + Quote(pName) + "), its lines are skipped");
-    return lBone;
+    if (lFound != mBones.end())
+    {
+        lPrediction = {lFound->first, lFound->second};
+        return lFound->second;
+    }
+    // An unknown name: warned about once, and remembered by its own copy so that its later lines
+    // are skipped without a lookup.
+    const auto lUnknown = mUnknownBones.emplace(std::string(pName), true);
+    if (lUnknown.second) Message(AmcMessage::eWarning, "Unknown bone (" + Quote(pName) + "), its lines are skipped");
+    lPrediction = {std::string_view(lUnknown.first->first), nullptr};
+    return nullptr;
 }
 
 void AmcReader::IndexBones(orvsdk::OrvAsfNode* pRoot)

@@ -1,6 +1,8 @@
 #ifndef ORVASF_AMC_ORVAMCREADER_H
 #define ORVASF_AMC_ORVAMCREADER_H
 
+#include "orvsdk/host/OrvTime.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <functional>
@@ -37,6 +39,11 @@ struct AmcReadSettings
     // building will get, so that keys and node settings add up.
     bool mUseRotationOffset = false;
     bool mUsePreRotation = false;
+    // True: every bone line becomes keys (a sampling run on the skeleton). False: validation
+    // mode: the file is read, split into values and checked exactly as in a run, with the same
+    // messages and result, but the skeleton is only read, never sampled (no curves needed, none
+    // touched); about six times faster than a run.
+    bool mSampleValues = true;
     // Called now and then with the bytes consumed so far and the file size (0 when unknown).
     std::function<void(uint64_t pDone, uint64_t pTotal)> mProgress;
 };
@@ -49,6 +56,7 @@ struct AmcReadResult
     int mFirstFrame = 0;  // frame number of the first frame in the file
     int mLastFrame = 0;
     bool mRadians = false;
+    bool mAllJointsThreeDof = false;  // the file said ":FORCE-ALL-JOINTS-BE-3DOF"
     std::vector<AmcMessage> mMessages;
 };
 
@@ -56,12 +64,22 @@ struct AmcReadResult
 // being built, whatever the file's size) and drives one sampling run on the skeleton: the root's
 // StartSamplingData, one AddSampleFromDOF per bone line, the root's StopSamplingData.
 //
-// File shape: optional header lines (":FULLY-SPECIFIED", ":DEGREES" or ":RADIANS", '#' comments),
-// then frames, each a frame-number line followed by one line per bone: the bone's name and one
-// value per entry of its DOF list, in the list's order. Bone lines may come in any order.
-// Frame times are (frame number - first frame number) / frames per second. Translations are
-// scaled by 2.54 / the skeleton's length unit (centimetres, like bone lengths); rotations by
-// 180 / pi under ":RADIANS", else by the skeleton's angle unit.
+// File shape: optional header lines (":FULLY-SPECIFIED", ":DEGREES" or ":RADIANS",
+// ":FORCE-ALL-JOINTS-BE-3DOF", '#' comments), then frames, each a frame-number line followed by
+// one line per bone: the bone's name and one value per entry of its DOF list, in the list's
+// order. Under ":FORCE-ALL-JOINTS-BE-3DOF" a bone line holds three values, or its DOF count when
+// that is larger (the root's six): the first ones are the bone's DOFs in list order, the rest are
+// checked as numbers and ignored. Bone lines may come in any order; blanks are spaces and tabs;
+// lines end with LF or CRLF, mixed freely, the last one maybe without; '#' starts a comment
+// whose bytes are not looked at. Frame times are (frame number - first frame number) / frames
+// per second. Translations are scaled by 2.54 / the skeleton's length unit (centimetres, like
+// bone lengths); rotations by 180 / pi under ":RADIANS", else by the skeleton's angle unit.
+// Values are read exactly as std::from_chars reads them (the nearest double), an optional
+// leading '+' allowed.
+//
+// Cost: linear in the file's size, with a fixed amount of memory besides the keys; the lines of
+// known bones allocate nothing. Once the first frame is read, the curves make room for as many
+// frames as the file's size suggests, so that they grow without copying.
 //
 // Errors end the read: a frame line that is not a whole integer, a frame number that does not
 // rise, a value that is not a number, a value count that differs from the bone's DOF list, a
@@ -84,6 +102,13 @@ public:
     // last read.
     std::string FormatMessage(const AmcMessage& pMessage) const;
 
+    // Reads a whole value token as the reader does: true with the nearest double (the value
+    // std::from_chars gives) for a decimal number or an infinity, an optional leading '+'
+    // allowed; false, pValue unchanged, for anything else (NaN included). Plain decimals whose
+    // digits make an integer up to 2^53, with exponents within +-22, take a short path that
+    // gives the same bits.
+    static bool ParseValue(std::string_view pToken, double& pValue);
+
 private:
     AmcReadResult ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::OrvAsfScene& pScene,
                              const AmcReadSettings& pSettings);
@@ -97,8 +122,10 @@ private:
     ELineResult ReadLine(std::FILE* pFile, std::string_view& pLine);
     bool HandleLine(std::string_view pLine, const AmcReadSettings& pSettings);
     bool HandleHeader(std::string_view pToken);
-    bool HandleFrameNumber(std::string_view pToken, std::string_view pRest);
+    bool HandleFrameNumber(std::string_view pToken, std::string_view pRest, const AmcReadSettings& pSettings);
     bool HandleBoneLine(std::string_view pName, std::string_view pRest, const AmcReadSettings& pSettings);
+    int ExpectedValueCount(const orvsdk::OrvAsfNode& pBone) const;
+    void ReserveKeys() const;
     orvsdk::OrvAsfNode* ResolveBone(std::string_view pName);
     void IndexBones(orvsdk::OrvAsfNode* pRoot);
     void Message(AmcMessage::EKind pKind, std::string pText);
@@ -110,14 +137,24 @@ private:
     bool mEndOfInput = false;
     int mLineNumber = 0;
     uint64_t mBytesRead = 0;
+    uint64_t mSize = 0;             // of the whole file; 0 when unknown
+    uint64_t mFirstFrameStart = 0;  // bytes before the first frame's bone lines
+
+    struct LineSlot
+    {
+        std::string_view mName;               // the bone's name, or the unknown name met there
+        orvsdk::OrvAsfNode* mBone = nullptr;  // null for an unknown name
+    };
 
     std::unordered_map<std::string_view, orvsdk::OrvAsfNode*> mBones;
     std::unordered_map<std::string, bool> mUnknownBones;
-    std::vector<orvsdk::OrvAsfNode*> mLinePrediction;  // bone of each line slot in the last frame
+    std::vector<LineSlot> mLinePrediction;  // the bone of each line slot in the last frame
     size_t mLineInFrame = 0;
 
     bool mInFrames = false;
+    bool mAllJointsThreeDof = false;
     int mFrameNumber = 0;
+    orvsdk::OrvTime mFrameTime;
     double mTranslationFactor = 1.0;
     double mRotationFactor = 1.0;
     AmcReadResult mResult;

@@ -1,102 +1,54 @@
-// Throughput of the reading and import stages, each reported as bytes/s or items/s.
-#include "amc/OrvAmcReader.h"
-#include "orvsdk/asf/OrvFileAcclaimAsf.h"
-#include "orvsdk/host/OrvAnimLayer.h"
-#include "orvsdk/host/OrvAnimStack.h"
-#include "orvsdk/host/OrvNode.h"
-#include "orvsdk/host/OrvScene.h"
-#include "orvsdk/skeleton/OrvAsfNode.h"
-#include "orvsdk/skeleton/OrvAsfScene.h"
+// Throughput of the reading and import stages, each reported as bytes/s or items/s (CPU time).
+// The import pair is the longest shared motion (see ImportPair); the stages are timed one by one
+// on it, then all together.
+#include "bench/BenchSupport.h"
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
 namespace {
 
-namespace fs = std::filesystem;
+using namespace orvbench;
 using orvsdk::OrvAsfScene;
-using orvsdk::OrvFileAcclaimAsf;
-using orvsdk::OrvScene;
 
-struct MotionPair
+// pRoot and every node below it.
+std::vector<orvsdk::OrvNode*> CollectNodes(orvsdk::OrvNode* pRoot)
 {
-    std::string mSkeleton;
-    std::string mMotion;
-};
-
-// The longest shared motion, or the bundled sample when the shared data is absent.
-MotionPair LongestMotion()
-{
-    const fs::path lShared = fs::path(ORV_SHARED_DATA_DIR);
-    if (fs::exists(lShared / "amc" / "mo_135_02.amc"))
-        return {(lShared / "asf" / "mo_martialwalk.asf").string(), (lShared / "amc" / "mo_135_02.amc").string()};
-    const fs::path lExamples = fs::path(ORV_SOURCE_DIR) / "examples";
-    return {(lExamples / "walker.asf").string(), (lExamples / "walker.amc").string()};
+    std::vector<orvsdk::OrvNode*> lNodes{pRoot};
+    for (size_t i = 0; i < lNodes.size(); ++i)
+        for (int c = 0; c < lNodes[i]->GetChildCount(); ++c) lNodes.push_back(lNodes[i]->GetChild(c));
+    return lNodes;
 }
 
-std::vector<std::string> SkeletonFiles()
-{
-    std::vector<std::string> lFiles;
-    const fs::path lFolder = fs::path(ORV_SHARED_DATA_DIR) / "asf";
-    if (fs::is_directory(lFolder))
-        for (const auto& lEntry : fs::directory_iterator(lFolder)) lFiles.push_back(lEntry.path().string());
-    if (lFiles.empty()) lFiles.push_back((fs::path(ORV_SOURCE_DIR) / "examples" / "walker.asf").string());
-    std::sort(lFiles.begin(), lFiles.end());
-    return lFiles;
-}
-
-std::string ReadWhole(const std::string& pPath)
-{
-    std::ifstream lIn(pPath, std::ios::binary);
-    std::ostringstream lText;
-    lText << lIn.rdbuf();
-    return lText.str();
-}
-
-bool ReadSkeleton(const std::string& pText, OrvAsfScene& pScene)
-{
-    OrvFileAcclaimAsf lFile(false);
-    return lFile.Open(pText.data(), pText.size(), "skeleton") && lFile.Read(&pScene, false, false, false);
-}
-
-// A host scene with a current take, as an import leaves it.
-struct HostScene
-{
-    HostScene() : mScene(OrvScene::Create("bench"))
-    {
-        orvsdk::OrvAnimStack* lStack = orvsdk::OrvAnimStack::Create(mScene, "Take 001");
-        orvsdk::OrvAnimLayer::Create(lStack, "Base Layer");
-        mScene->SetCurrentAnimationStack(lStack);
-    }
-    ~HostScene() { mScene->Destroy(); }
-    OrvScene* mScene;
-};
-
-// One whole import: skeleton, curves, sampling, flush, host nodes.
-size_t ImportOnce(const std::string& pSkeletonText, const MotionPair& pPair, benchmark::State& pState)
+// True when the import pair reads without error; otherwise the benchmark is marked as failed
+// and must return.
+bool PairReadable(benchmark::State& pState, const MotionPair& pPair)
 {
     OrvAsfScene lAsf;
-    if (!ReadSkeleton(pSkeletonText, lAsf)) pState.SkipWithError("skeleton refused");
-    HostScene lHost;
-    lAsf.mRoot->CreateDataFromDOF(lHost.mScene);
+    orvasf::AmcReadSettings lSettings;
+    lSettings.mSampleValues = false;
     orvasf::AmcReader lReader;
-    const orvasf::AmcReadResult lResult = lReader.Read(pPair.mMotion.c_str(), lAsf, orvasf::AmcReadSettings());
-    if (!lResult.mSucceeded) pState.SkipWithError("motion refused");
-    orvsdk::OrvNode* lRoot = lAsf.ASFToORV(lHost.mScene, "Take 001", false, false, false);
-    lHost.mScene->GetRootNode()->AddChild(lRoot);
-    return static_cast<size_t>(lResult.mFrameCount);
+    if (ReadSkeleton(ReadWhole(pPair.mSkeleton), lAsf) && lReader.Read(pPair.mMotion.c_str(), lAsf, lSettings).mSucceeded)
+        return true;
+    pState.SkipWithError(("cannot read " + pPair.mSkeleton + " with " + pPair.mMotion).c_str());
+    return false;
 }
+
+// --- Reading -------------------------------------------------------------------------------------
 
 void BM_ReadSkeleton(benchmark::State& pState, const std::string& pPath)
 {
     const std::string lText = ReadWhole(pPath);
+    OrvAsfScene lCheck;
+    if (!ReadSkeleton(lText, lCheck))
+    {
+        pState.SkipWithError(("cannot read " + pPath).c_str());
+        return;
+    }
     for (auto lIteration : pState)
     {
         OrvAsfScene lScene;
@@ -105,39 +57,190 @@ void BM_ReadSkeleton(benchmark::State& pState, const std::string& pPath)
     pState.SetBytesProcessed(static_cast<int64_t>(pState.iterations() * lText.size()));
 }
 
+// The AMC reader in validation mode: the file read from disk (the page cache) and split into
+// checked values, nothing sampled.
+void BM_AmcRead(benchmark::State& pState)
+{
+    const MotionPair lPair = ImportPair();
+    if (!PairReadable(pState, lPair)) return;
+    OrvAsfScene lAsf;
+    ReadSkeleton(ReadWhole(lPair.mSkeleton), lAsf);
+    orvasf::AmcReadSettings lSettings;
+    lSettings.mSampleValues = false;
+    const auto lSize = static_cast<int64_t>(fs::file_size(lPair.mMotion));
+    int64_t lFrames = 0;
+    for (auto lIteration : pState)
+    {
+        orvasf::AmcReader lReader;
+        lFrames += lReader.Read(lPair.mMotion.c_str(), lAsf, lSettings).mFrameCount;
+    }
+    pState.SetBytesProcessed(pState.iterations() * lSize);
+    pState.counters["frames/s"] = benchmark::Counter(static_cast<double>(lFrames), benchmark::Counter::kIsRate);
+}
+BENCHMARK(BM_AmcRead)->Unit(benchmark::kMillisecond);
+
+// --- Sampling ------------------------------------------------------------------------------------
+
+// One AddSampleFromDOF per item: every bone line of the motion, then the keys are cleared (the
+// curves keep their room) for the next pass. Arguments: rotation offset, pre-rotation.
+void BM_AddSampleFromDOF(benchmark::State& pState)
+{
+    const bool lUseRotationOffset = pState.range(0) != 0;
+    const bool lUsePreRotation = pState.range(1) != 0;
+    const MotionPair lPair = ImportPair();
+    if (!PairReadable(pState, lPair)) return;
+    HostScene lHost;
+    OrvAsfScene lAsf;
+    ReadSkeleton(ReadWhole(lPair.mSkeleton), lAsf, lUseRotationOffset, lUsePreRotation);
+    lAsf.mRoot->CreateDataFromDOF(lHost.mScene);
+    Motion lMotion = SplitMotion(ReadWhole(lPair.mMotion), lAsf);
+    for (auto lIteration : pState)
+    {
+        SampleMotion(lMotion, lAsf, lUseRotationOffset, lUsePreRotation);
+        ForEachCurve(lAsf.mRoot, [](orvsdk::OrvAnimCurve& pCurve) { pCurve.KeyClear(); });
+    }
+    pState.SetItemsProcessed(pState.iterations() * static_cast<int64_t>(lMotion.mSamples.size()));
+    pState.SetLabel("items = bone-frames");
+}
+BENCHMARK(BM_AddSampleFromDOF)
+    ->ArgNames({"rotation_offset", "pre_rotation"})
+    ->ArgsProduct({{0, 1}, {0, 1}})
+    ->Unit(benchmark::kMillisecond);
+
+// A skeleton whose curves were sampled from the first pFrames frames of the import pair (known to
+// be readable), in a host scene of its own with the given flush settings.
+struct SampledSkeleton
+{
+    SampledSkeleton(const std::string& pSkeletonText, const std::string& pMotionText, size_t pFrames,
+                    int pRotationFilter = 0, bool pUseConstantKeyReducer = false)
+        : mHost(pRotationFilter, pUseConstantKeyReducer)
+    {
+        ReadSkeleton(pSkeletonText, mAsf);
+        mAsf.mRoot->CreateDataFromDOF(mHost.mScene);
+        Motion lMotion = SplitMotion(pMotionText, mAsf, pFrames);
+        SampleMotion(lMotion, mAsf, false, false);
+    }
+
+    HostScene mHost;  // declared first: destroyed after the bones, which own curves of it
+    OrvAsfScene mAsf;
+};
+
+// StopSamplingData on curves freshly sampled from the first 1,200 frames (ten seconds) of the
+// motion; set-up and tear-down are not timed, so the iterations are counted, not timed.
+// Arguments: rotation filter (0 none, 1 gimbal killer, 2 unroll), constant-key reducer.
+void BM_StopSamplingData(benchmark::State& pState)
+{
+    constexpr size_t kFrames = 1200;
+    const int lFilter = static_cast<int>(pState.range(0));
+    const bool lReduce = pState.range(1) != 0;
+    const MotionPair lPair = ImportPair();
+    if (!PairReadable(pState, lPair)) return;
+    const std::string lSkeletonText = ReadWhole(lPair.mSkeleton);
+    const std::string lMotionText = ReadWhole(lPair.mMotion);
+    int64_t lKeys = 0;
+    for (auto lIteration : pState)
+    {
+        pState.PauseTiming();
+        auto lSampled = std::make_unique<SampledSkeleton>(lSkeletonText, lMotionText, kFrames, lFilter, lReduce);
+        ForEachCurve(lSampled->mAsf.mRoot, [&lKeys](orvsdk::OrvAnimCurve& pCurve) { lKeys += pCurve.KeyGetCount(); });
+        pState.ResumeTiming();
+        lSampled->mAsf.mRoot->StopSamplingData();
+        pState.PauseTiming();
+        lSampled.reset();
+        pState.ResumeTiming();
+    }
+    pState.SetItemsProcessed(lKeys);
+    pState.SetLabel("items = keys");
+}
+BENCHMARK(BM_StopSamplingData)
+    ->ArgNames({"filter", "reducer"})
+    ->ArgsProduct({{0, 1, 2}, {0, 1}})
+    ->Iterations(20)
+    ->Unit(benchmark::kMillisecond);
+
+// --- Node building -------------------------------------------------------------------------------
+
+// ASFToORV, limits included, on a skeleton whose curves hold two frames of keys; set-up and
+// tear-down are not timed, so the iterations are counted, not timed.
+void BM_ASFToORV(benchmark::State& pState)
+{
+    const MotionPair lPair = ImportPair();
+    if (!PairReadable(pState, lPair)) return;
+    const std::string lSkeletonText = ReadWhole(lPair.mSkeleton);
+    const std::string lMotionText = ReadWhole(lPair.mMotion);
+    int64_t lNodes = 0;
+    for (auto lIteration : pState)
+    {
+        pState.PauseTiming();
+        auto lSampled = std::make_unique<SampledSkeleton>(lSkeletonText, lMotionText, 2);
+        lSampled->mAsf.mRoot->StopSamplingData();
+        pState.ResumeTiming();
+        orvsdk::OrvNode* lRoot = lSampled->mAsf.ASFToORV(lSampled->mHost.mScene, kTake, true, false, false);
+        lSampled->mHost.mScene->GetRootNode()->AddChild(lRoot);
+        pState.PauseTiming();
+        lNodes += static_cast<int64_t>(CollectNodes(lRoot).size());
+        lSampled.reset();
+        pState.ResumeTiming();
+    }
+    pState.SetItemsProcessed(lNodes);
+    pState.SetLabel("items = host nodes");
+}
+BENCHMARK(BM_ASFToORV)->Iterations(500)->Unit(benchmark::kMicrosecond);
+
+// --- The whole import ----------------------------------------------------------------------------
+
+// Skeleton read from text, curves, the AMC file read and sampled, the flush with the default
+// settings, the host nodes: what `orvasf import` does.
 void BM_WholeImport(benchmark::State& pState)
 {
-    const MotionPair lPair = LongestMotion();
-    const std::string lSkeleton = ReadWhole(lPair.mSkeleton);
-    size_t lFrames = 0;
-    for (auto lIteration : pState) lFrames += ImportOnce(lSkeleton, lPair, pState);
-    pState.SetItemsProcessed(static_cast<int64_t>(lFrames));
+    const MotionPair lPair = ImportPair();
+    if (!PairReadable(pState, lPair)) return;
+    const std::string lSkeletonText = ReadWhole(lPair.mSkeleton);
+    int64_t lFrames = 0;
+    for (auto lIteration : pState)
+    {
+        HostScene lHost;
+        OrvAsfScene lAsf;
+        ReadSkeleton(lSkeletonText, lAsf);
+        lAsf.mRoot->CreateDataFromDOF(lHost.mScene);
+        orvasf::AmcReader lReader;
+        const orvasf::AmcReadResult lResult = lReader.Read(lPair.mMotion.c_str(), lAsf, orvasf::AmcReadSettings());
+        orvsdk::OrvNode* lRoot = lAsf.ASFToORV(lHost.mScene, kTake, false, false, false);
+        lHost.mScene->GetRootNode()->AddChild(lRoot);
+        lFrames += lResult.mFrameCount;
+    }
+    pState.SetItemsProcessed(lFrames);
+    pState.SetBytesProcessed(pState.iterations() * static_cast<int64_t>(fs::file_size(lPair.mMotion)));
     pState.SetLabel("items = frames");
 }
 BENCHMARK(BM_WholeImport)->Unit(benchmark::kMillisecond);
 
+// --- Evaluation ----------------------------------------------------------------------------------
+
+// The world transform of every host node at one frame, per item.
 void BM_WorldPositionsPerFrame(benchmark::State& pState)
 {
-    const MotionPair lPair = LongestMotion();
-    OrvAsfScene lAsf;
-    if (!ReadSkeleton(ReadWhole(lPair.mSkeleton), lAsf)) pState.SkipWithError("skeleton refused");
+    const MotionPair lPair = ImportPair();
+    if (!PairReadable(pState, lPair)) return;
     HostScene lHost;
+    OrvAsfScene lAsf;
+    ReadSkeleton(ReadWhole(lPair.mSkeleton), lAsf);
     lAsf.mRoot->CreateDataFromDOF(lHost.mScene);
     orvasf::AmcReader lReader;
     const orvasf::AmcReadResult lResult = lReader.Read(lPair.mMotion.c_str(), lAsf, orvasf::AmcReadSettings());
-    orvsdk::OrvNode* lRoot = lAsf.ASFToORV(lHost.mScene, "Take 001", false, false, false);
+    const int lFrameCount = std::max(lResult.mFrameCount, 1);
+    orvsdk::OrvNode* lRoot = lAsf.ASFToORV(lHost.mScene, kTake, false, false, false);
     lHost.mScene->GetRootNode()->AddChild(lRoot);
-    std::vector<orvsdk::OrvNode*> lNodes{lRoot};
-    for (size_t i = 0; i < lNodes.size(); ++i)
-        for (int c = 0; c < lNodes[i]->GetChildCount(); ++c) lNodes.push_back(lNodes[i]->GetChild(c));
+    const std::vector<orvsdk::OrvNode*> lNodes = CollectNodes(lRoot);
     int lFrame = 0;
     for (auto lIteration : pState)
     {
-        const orvsdk::OrvTime lTime = orvsdk::OrvTime::FromFrame(lFrame++ % lResult.mFrameCount, 120.0);
+        const orvsdk::OrvTime lTime = orvsdk::OrvTime::FromFrame(lFrame++ % lFrameCount, kFramesPerSecond);
         for (orvsdk::OrvNode* lNode : lNodes) benchmark::DoNotOptimize(lNode->EvaluateGlobalTransform(lTime));
     }
     pState.SetItemsProcessed(pState.iterations());
-    pState.SetLabel("items = frames, all nodes");
+    pState.counters["nodes"] = static_cast<double>(lNodes.size());
+    pState.SetLabel("items = frames, every node");
 }
 BENCHMARK(BM_WorldPositionsPerFrame);
 
@@ -146,7 +249,8 @@ BENCHMARK(BM_WorldPositionsPerFrame);
 int main(int pArgc, char** pArgv)
 {
     for (const std::string& lPath : SkeletonFiles())
-        benchmark::RegisterBenchmark(("BM_ReadSkeleton/" + fs::path(lPath).stem().string()).c_str(), BM_ReadSkeleton, lPath);
+        benchmark::RegisterBenchmark(("BM_ReadSkeleton/" + fs::path(lPath).stem().string()).c_str(), BM_ReadSkeleton,
+                                     lPath);
     benchmark::Initialize(&pArgc, pArgv);
     if (benchmark::ReportUnrecognizedArguments(pArgc, pArgv)) return 1;
     benchmark::RunSpecifiedBenchmarks();

@@ -1,7 +1,12 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build needs, only those that are missing.
 set -euo pipefail
-packages=(cmake g++ make libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev locales)
+# clang, its sanitizer and libFuzzer runtimes and llvm (for symbolized reports) build and run the
+# fuzz targets; python3 writes their seed corpora.
+packages=(cmake g++ make libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev locales
+          clang libclang-rt-14-dev llvm python3)
+# /usr/bin/time measures peak memory in bench/scaling.sh.
+packages+=(time)
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

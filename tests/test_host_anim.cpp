@@ -295,3 +295,42 @@ TEST_F(HostAnimation, KeyRecordWithoutMemoryIsRefusedByCurves)
     EXPECT_EQ(7, lKey.GetTime().Get());
     EXPECT_EQ(0, lCurve->KeyAdd(OrvTime(7), lKey));
 }
+
+TEST_F(HostAnimation, ReservedRoomChangesNoKey)
+{
+    OrvAnimCurve* lCurve = OrvAnimCurve::Create(mScene.get(), "rz");
+    lCurve->KeyReserve(-5);
+    lCurve->KeyReserve(0);
+    EXPECT_EQ(0, lCurve->KeyGetCount());
+    OrvAnimCurveKey lKey;
+    const auto lAdd = [&](int64_t pTicks, float pValue) {
+        lKey.Set(OrvTime(pTicks), pValue);
+        lCurve->KeyAdd(OrvTime(pTicks), lKey);
+    };
+    lAdd(10, 1.0f);
+    lAdd(20, 2.0f);
+    lCurve->KeyReserve(1000);
+    lCurve->KeyReserve(1);
+    lAdd(15, 1.5f);
+    EXPECT_EQ(3, lCurve->KeyGetCount());
+    EXPECT_EQ(1.5f, lCurve->KeyGetValue(1));
+    EXPECT_EQ(20, lCurve->KeyGetTime(2).Get());
+}
+
+TEST_F(HostAnimation, KeyRecordOnCallerStorageNeedsNoMemory)
+{
+    OrvAnimCurve* lCurve = OrvAnimCurve::Create(mScene.get(), "tx");
+    OrvAnimCurveKeyImpl lStorage;
+    lStorage.Set(OrvTime(99), 99.0f);
+    {
+        OrvAllocFailureScope lNoMemory(1);
+        OrvAnimCurveKey lKey(lStorage);
+        EXPECT_TRUE(lKey.IsValid());
+        EXPECT_EQ(0.0f, lKey.GetValue());  // a new record, whatever the storage held
+        lKey.Set(OrvTime(7), 3.0f);
+        EXPECT_EQ(0, lCurve->KeyAdd(OrvTime(7), lKey));
+    }
+    // The record left its storage to the caller, set as it was last.
+    EXPECT_EQ(3.0f, lStorage.GetValue());
+    EXPECT_EQ(3.0f, lCurve->KeyGetValue(0));
+}

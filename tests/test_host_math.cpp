@@ -8,6 +8,7 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <vector>
 
 using namespace orvsdk;
 
@@ -250,4 +251,71 @@ TEST(HostAMatrix, InverseOfSingularPartIsIdentityThere)
     OrvAMatrix lExpected;
     lExpected.SetT(OrvVector4(-1.0, -2.0, -3.0));
     EXPECT_EQ(lFlat.Inverse(), lExpected);
+}
+
+namespace {
+
+// Every element equal (a zero's sign aside), or NaN in both.
+::testing::AssertionResult SameValues(const OrvAMatrix& pExpected, const OrvAMatrix& pActual)
+{
+    for (int r = 0; r < 4; ++r)
+        for (int c = 0; c < 4; ++c)
+        {
+            const bool lBothNaN = std::isnan(pExpected(r, c)) && std::isnan(pActual(r, c));
+            if (!lBothNaN && !(pExpected(r, c) == pActual(r, c)))
+                return ::testing::AssertionFailure() << "element (" << r << "," << c << ") expected " << pExpected(r, c)
+                                                     << " got " << pActual(r, c);
+        }
+    return ::testing::AssertionSuccess();
+}
+
+// Matrices the fast paths meet: identity, a rotation with a translation, a general affine map.
+std::vector<OrvAMatrix> SampleMatrices()
+{
+    OrvAMatrix lRotated = Rotation(OrvVector4(33.0, -71.5, 160.25), 4);
+    lRotated.SetT(OrvVector4(1.5, -2.0, 40.0));
+    OrvAMatrix lGeneral = Matrix3x3({{1.5, 2.0, -0.25}, {0.0, -3.0, 1.0}, {7.0, 0.5, 0.125}});
+    lGeneral.SetT(OrvVector4(-1.0, 1e3, 3.0));
+    return {OrvAMatrix(), lRotated, lGeneral};
+}
+
+} // namespace
+
+TEST(HostAMatrix, PreRotateEqualsTheProductWithTheSingleAxisRotation)
+{
+    const double lInfinity = std::numeric_limits<double>::infinity();
+    const double lAngles[] = {0.0,   -0.0,     90.0,  180.0, -90.0,  270.0,  360.0,   -720.0, 12.5,     -37.125,
+                              359.9, 1234.567, -1e5,  1e-300, 45.0,  0.1,    -179.99, 1e18,   lInfinity, std::nan("")};
+    for (const OrvAMatrix& lStart : SampleMatrices())
+        for (int lAxis = 0; lAxis < 3; ++lAxis)
+            for (double lAngle : lAngles)
+            {
+                const OrvAMatrix lExpected = AxisRotation(lAxis, lAngle) * lStart;
+                OrvAMatrix lActual = lStart;
+                lActual.PreRotate(lAxis, lAngle);
+                EXPECT_TRUE(SameValues(lExpected, lActual)) << "axis " << lAxis << ", angle " << lAngle;
+            }
+}
+
+TEST(HostAMatrix, PreRotateOfANonFiniteMatrixSpreadsLikeTheProduct)
+{
+    OrvAMatrix lStart = Rotation(OrvVector4(10.0, 20.0, 30.0), 0);
+    lStart(1, 2) = std::nan("");
+    for (int lAxis = 0; lAxis < 3; ++lAxis)
+    {
+        OrvAMatrix lActual = lStart;
+        lActual.PreRotate(lAxis, 25.0);
+        EXPECT_TRUE(SameValues(AxisRotation(lAxis, 25.0) * lStart, lActual)) << "axis " << lAxis;
+    }
+}
+
+TEST(HostAMatrix, MultRHoldsTheRotationPartOfTheProduct)
+{
+    for (const OrvAMatrix& lLeft : SampleMatrices())
+        for (const OrvAMatrix& lRight : SampleMatrices())
+        {
+            OrvAMatrix lExpected = lLeft * lRight;
+            lExpected.SetT(OrvVector4());
+            EXPECT_TRUE(SameValues(lExpected, lLeft.MultR(lRight)));
+        }
 }

@@ -52,7 +52,15 @@ OrvFileAcclaimAsf::~OrvFileAcclaimAsf()
 bool OrvFileAcclaimAsf::Read(OrvAsfScene* pScene, bool pRemoveDummy, bool pUseRotationOffset, bool pUsePreRotation)
 {
     mAsfScene = pScene;
+    ForgetReadState();
+    // A scene handed over with bones already (not empty, as it should be) keeps them findable.
+    if (pScene->mRoot)
+        pScene->mRoot->VisitPreOrder([this](OrvAsfNode* pBone) {
+            IndexBone(pBone);
+            return false;
+        });
     const bool lResult = ReadSections() && pScene->mRoot != nullptr;
+    ForgetReadState();
     if (lResult)
     {
         pScene->mRoot->SetupPosition(pUseRotationOffset, pUsePreRotation);
@@ -60,6 +68,13 @@ bool OrvFileAcclaimAsf::Read(OrvAsfScene* pScene, bool pRemoveDummy, bool pUseRo
     }
     mAsfScene = nullptr;
     return lResult;
+}
+
+void OrvFileAcclaimAsf::ForgetReadState()
+{
+    mBonesByName.clear();
+    mSubtreeHeights.clear();
+    mMovedRootEntries = 0;
 }
 
 bool OrvFileAcclaimAsf::ReadSections()
@@ -141,11 +156,10 @@ void OrvFileAcclaimAsf::ReadUnitLine(int pKeyword)
     switch (pKeyword)
     {
     case eMass:
-        if (!GetDouble(mAsfScene->mMassUnit, 1.0)) Warning("Can't read mass unit, using %f\n", mAsfScene->mMassUnit);
+        if (!GetUnit(mAsfScene->mMassUnit)) Warning("Can't read mass unit, using %f\n", mAsfScene->mMassUnit);
         break;
     case eLength:
-        if (!GetDouble(mAsfScene->mLengthUnit, 1.0))
-            Warning("Can't read length unit, using %f\n", mAsfScene->mLengthUnit);
+        if (!GetUnit(mAsfScene->mLengthUnit)) Warning("Can't read length unit, using %f\n", mAsfScene->mLengthUnit);
         break;
     case eAngle:
         switch (Handle(smAngle))
@@ -157,6 +171,15 @@ void OrvFileAcclaimAsf::ReadUnitLine(int pKeyword)
         break;
     default: Warning("Unknown unit token\n"); break;
     }
+}
+
+bool OrvFileAcclaimAsf::GetUnit(double& pUnit)
+{
+    // An infinite unit would turn lengths into 0 or NaN.
+    double lUnit = 0.0;
+    if (!GetDouble(lUnit, 1.0) || !std::isfinite(lUnit)) return false;
+    pUnit = lUnit;
+    return true;
 }
 
 bool OrvFileAcclaimAsf::ReadDocumentation()

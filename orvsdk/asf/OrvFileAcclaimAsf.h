@@ -3,6 +3,9 @@
 
 #include "orvsdk/host/OrvTextFile.h"
 
+#include <string_view>
+#include <unordered_map>
+
 namespace orvsdk {
 
 class OrvAsfNode;
@@ -17,6 +20,12 @@ class OrvAsfScene;
 class OrvFileAcclaimAsf : public OrvTextFile
 {
 public:
+    // The deepest a bone of a read skeleton may lie, counted in bones below the root (the root's
+    // children lie at depth 1). A hierarchy that would place a bone deeper is refused with the
+    // error "Bone NAME lies deeper than 1000 bones below the root", so no walk over a tree read
+    // from a file, in this module or in its callers, meets a deeper one.
+    static constexpr int kMaxBoneDepth = 1000;
+
     // pEchoMessages: print every warning and error on standard error as well.
     explicit OrvFileAcclaimAsf(bool pEchoMessages);
     // Closes the file.
@@ -28,11 +37,15 @@ public:
     // root section and no section was refused (the last message tells why, unless the file
     // ended where it may not, or held no root). On false the scene keeps what was read so far
     // (name, units, root and attached bones) without rest values; the caller owns it either way.
+    // Cost: linear in the file's size for skeletons whose bone names are unique, times the
+    // depth (at most kMaxBoneDepth) for the hierarchy lines; a name that several bones share is
+    // looked up by a search of the whole tree.
     bool Read(OrvAsfScene* pScene, bool pRemoveDummy, bool pUseRotationOffset, bool pUsePreRotation);
 
     // Writes pScene (its mRoot must be set) as an ASF file: header, root, one block per bone in
     // depth-first pre-order, hierarchy. True when every piece was printed; false once the file
     // reported an output error. The file is completed only by Close, whose result counts too.
+    // Works at any depth (no recursion).
     bool Write(OrvAsfScene* pScene);
 
     // Keyword tables; a keyword's code is its index. Each ends with a record whose keyword is "".
@@ -77,6 +90,9 @@ private:
 
     // One line of :units (or of the lines after :name), by its keyword code.
     void ReadUnitLine(int pKeyword);
+    // The next number as a unit factor into pUnit; false, pUnit unchanged, when it is missing,
+    // not a number or infinite.
+    bool GetUnit(double& pUnit);
     // Skips lines until the next section keyword (true) or the end of the file (false).
     bool SkipToSection();
     // Skips the rest of an unknown section, up to the next line that begins with ':'.
@@ -107,21 +123,47 @@ private:
     void AppendDof(OrvAsfNode* pBone, int pCode, const char* pName, bool& pWarned);
 
     // :hierarchy block lines.
+    bool ReadHierarchyLines();
     bool ReadHierarchyBlock();
     bool ReadFamilyLine();
     bool MoveUnderParent(OrvAsfNode* pParent, const char* pChildName);
+    // False, with an error, when moving pChild (now under the root) below pParent would put a
+    // bone deeper than kMaxBoneDepth.
+    bool CheckDepthBelow(const OrvAsfNode* pParent, const OrvAsfNode* pChild);
+    // Records that pChild's subtree now hangs below pParent, for the depth checks.
+    void RaiseSubtreeHeights(const OrvAsfNode* pParent, const OrvAsfNode* pChild);
+    int SubtreeHeight(const OrvAsfNode* pBone) const;
+    // A bone at the bottom of pBone's subtree.
+    const OrvAsfNode* DeepestBoneBelow(const OrvAsfNode* pBone) const;
+
+    // Name look-up for the hierarchy: the same bone as mRoot->Find(pName), found through the
+    // name index when the name is unique.
+    OrvAsfNode* FindBone(const char* pName);
+    // Enters a bone just attached to the tree into the name index.
+    void IndexBone(OrvAsfNode* pBone);
+    // Takes out of the root's children the entries of bones moved below another parent; until
+    // then those entries are stale and the tree must not be walked through the root.
+    void DropMovedRootEntries();
+    void ForgetReadState();
 
     // Writer pieces; each returns false once printing failed.
     bool WriteHeader();
     bool WriteRoot();
     bool WriteBoneData();
-    bool WriteBone(OrvAsfNode* pBone, int& pId);
+    bool WriteBone(const OrvAsfNode* pBone, int pId);
     bool WriteLimits(const OrvAsfNode* pBone);
     bool WriteHierarchy();
-    bool WriteHierarchyRecursive(OrvAsfNode* pBone);
-    bool WriteFamily(OrvAsfNode* pBone);
+    bool WriteFamily(const OrvAsfNode* pBone);
 
     OrvAsfScene* mAsfScene = nullptr;  // the scene being read or written; not owned
+
+    // Read state, emptied when Read returns. Every bone of the tree by name; null for a name
+    // that more than one bone carries. The keys are the bones' own name buffers.
+    std::unordered_map<std::string_view, OrvAsfNode*> mBonesByName;
+    // Height of the subtree of each bone that has children below it (bones in a chain below it).
+    std::unordered_map<const OrvAsfNode*, int> mSubtreeHeights;
+    // Entries of the root's children whose bones the hierarchy has moved elsewhere.
+    int mMovedRootEntries = 0;
 };
 
 } // namespace orvsdk

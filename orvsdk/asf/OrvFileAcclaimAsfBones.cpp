@@ -95,6 +95,7 @@ bool OrvFileAcclaimAsf::ReadRoot()
     BuildAxisMatrix(*lRoot);
     lRoot->mRotationOffset = lRoot->mPosition;
     mAsfScene->mRoot = lRoot;
+    IndexBone(lRoot);
     return true;
 }
 
@@ -240,8 +241,10 @@ bool OrvFileAcclaimAsf::ReadBoneLength(OrvAsfNode* pBone)
         Error("Can't read bone length\n");
         return false;
     }
+    // Zero stays zero, also when a tiny unit makes the factor infinite (0 times infinity would
+    // be NaN, which no file can hold).
     const double lUnit = mAsfScene->mLengthUnit;
-    if (lUnit > 0.0) pBone->mLength = kCentimetresPerInch / lUnit * pBone->mLength;
+    if (lUnit > 0.0 && pBone->mLength != 0.0) pBone->mLength = kCentimetresPerInch / lUnit * pBone->mLength;
     return true;
 }
 
@@ -311,6 +314,7 @@ bool OrvFileAcclaimAsf::FinishBone(OrvAsfNode* pBone)
         Error("Not enough memory\n");
         return false;
     }
+    IndexBone(pBone);
     return true;
 }
 

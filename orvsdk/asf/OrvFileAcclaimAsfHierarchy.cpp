@@ -29,6 +29,13 @@ bool IsSelfOrAncestor(const OrvAsfNode* pBone, const OrvAsfNode* pDescendant)
 
 bool OrvFileAcclaimAsf::ReadHierarchy()
 {
+    const bool lRead = ReadHierarchyLines();
+    DropMovedRootEntries();
+    return lRead;
+}
+
+bool OrvFileAcclaimAsf::ReadHierarchyLines()
+{
     InitTokens(smGroup);
     if (!NextLine()) return true;
     for (;;)
@@ -63,7 +70,7 @@ bool OrvFileAcclaimAsf::ReadFamilyLine()
     }
     // Every bone starts under the root: a "root" line has nothing to move.
     if (std::strcmp(lName, "root") == 0) return true;
-    OrvAsfNode* lParent = mAsfScene->mRoot->Find(lName);
+    OrvAsfNode* lParent = FindBone(lName);
     if (!lParent)
     {
         Error("Unknown parent bone name (%s)\n", lName);
@@ -79,7 +86,7 @@ bool OrvFileAcclaimAsf::ReadFamilyLine()
 bool OrvFileAcclaimAsf::MoveUnderParent(OrvAsfNode* pParent, const char* pChildName)
 {
     OrvAsfNode* lRoot = mAsfScene->mRoot;
-    OrvAsfNode* lChild = lRoot->Find(pChildName);
+    OrvAsfNode* lChild = FindBone(pChildName);
     if (!lChild)
     {
         Error("Unknown child bone name (%s)\n", pChildName);
@@ -93,15 +100,93 @@ bool OrvFileAcclaimAsf::MoveUnderParent(OrvAsfNode* pParent, const char* pChildN
         Warning("Bone %s cannot be a child of its own descendant %s, left in place\n", lChild->mName, pParent->mName);
         return true;
     }
-    // Appended to the new parent before it leaves the root, so a failed append loses nothing.
+    if (!CheckDepthBelow(pParent, lChild)) return false;
+    // Appended to the new parent first, so a failed append loses nothing. The root's entry is
+    // left behind and dropped later, all at once: taking entries out one by one would cost the
+    // root's child count for every move.
     if (!pParent->AddChild(lChild))
     {
         Error("Not enough memory\n");
         return false;
     }
-    lRoot->RemoveChild(lChild);
-    lChild->mParent = pParent;
+    ++mMovedRootEntries;
+    RaiseSubtreeHeights(pParent, lChild);
     return true;
+}
+
+bool OrvFileAcclaimAsf::CheckDepthBelow(const OrvAsfNode* pParent, const OrvAsfNode* pChild)
+{
+    int lParentDepth = 0;
+    for (const OrvAsfNode* lBone = pParent; lBone->mParent; lBone = lBone->mParent) ++lParentDepth;
+    if (lParentDepth + 1 + SubtreeHeight(pChild) <= kMaxBoneDepth) return true;
+    Error("Bone %s lies deeper than %d bones below the root\n", DeepestBoneBelow(pChild)->mName, kMaxBoneDepth);
+    return false;
+}
+
+void OrvFileAcclaimAsf::RaiseSubtreeHeights(const OrvAsfNode* pParent, const OrvAsfNode* pChild)
+{
+    // Up from the new parent until a bone's subtree is already as high. The root is left out: it
+    // loses the moved child, and its height is never asked for.
+    int lHeight = SubtreeHeight(pChild) + 1;
+    for (const OrvAsfNode* lBone = pParent; lBone->mParent; lBone = lBone->mParent, ++lHeight)
+    {
+        int& lKnown = mSubtreeHeights[lBone];
+        if (lKnown >= lHeight) return;
+        lKnown = lHeight;
+    }
+}
+
+int OrvFileAcclaimAsf::SubtreeHeight(const OrvAsfNode* pBone) const
+{
+    const auto lFound = mSubtreeHeights.find(pBone);
+    return lFound == mSubtreeHeights.end() ? 0 : lFound->second;
+}
+
+const OrvAsfNode* OrvFileAcclaimAsf::DeepestBoneBelow(const OrvAsfNode* pBone) const
+{
+    // Below a bone other than the root, subtrees only grow while the hierarchy is read, so the
+    // recorded heights are exact and one child always continues the deepest path.
+    const OrvAsfNode* lBone = pBone;
+    for (int lHeight = SubtreeHeight(lBone); lHeight > 0; --lHeight)
+    {
+        for (int i = 0; i < lBone->mChildren.GetCount(); ++i)
+        {
+            if (SubtreeHeight(lBone->mChildren[i]) != lHeight - 1) continue;
+            lBone = lBone->mChildren[i];
+            break;
+        }
+    }
+    return lBone;
+}
+
+OrvAsfNode* OrvFileAcclaimAsf::FindBone(const char* pName)
+{
+    const auto lFound = mBonesByName.find(pName);
+    if (lFound == mBonesByName.end()) return nullptr;
+    if (lFound->second) return lFound->second;
+    // A shared name: the first such bone in pre-order, which depends on the tree's shape now.
+    DropMovedRootEntries();
+    return mAsfScene->mRoot->Find(pName);
+}
+
+void OrvFileAcclaimAsf::IndexBone(OrvAsfNode* pBone)
+{
+    const auto lInserted = mBonesByName.emplace(std::string_view(pBone->mName), pBone);
+    if (!lInserted.second) lInserted.first->second = nullptr;
+}
+
+void OrvFileAcclaimAsf::DropMovedRootEntries()
+{
+    if (mMovedRootEntries == 0) return;
+    OrvAsfNode* lRoot = mAsfScene->mRoot;
+    OrvArray<OrvAsfNode*, 16>& lChildren = lRoot->mChildren;
+    int lKept = 0;
+    for (int i = 0; i < lChildren.GetCount(); ++i)
+    {
+        if (lChildren[i]->mParent == lRoot) lChildren[lKept++] = lChildren[i];
+    }
+    while (lChildren.GetCount() > lKept) lChildren.RemoveAt(lChildren.GetCount() - 1);
+    mMovedRootEntries = 0;
 }
 
 } // namespace orvsdk

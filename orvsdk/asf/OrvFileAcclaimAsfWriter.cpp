@@ -60,15 +60,13 @@ bool OrvFileAcclaimAsf::WriteBoneData()
 {
     if (!Print(0, "%s\n", smMain[eBoneData].keyword)) return false;
     int lId = 1;
-    OrvAsfNode* lRoot = mAsfScene->mRoot;
-    for (int i = 0; i < lRoot->mChildren.GetCount(); ++i)
-    {
-        if (!WriteBone(lRoot->mChildren[i], lId)) return false;
-    }
-    return true;
+    const OrvAsfNode* lRoot = mAsfScene->mRoot;
+    const OrvAsfNode* lFailed = mAsfScene->mRoot->VisitPreOrder(
+        [this, lRoot, &lId](const OrvAsfNode* pBone) { return pBone != lRoot && !WriteBone(pBone, lId++); });
+    return lFailed == nullptr;
 }
 
-bool OrvFileAcclaimAsf::WriteBone(OrvAsfNode* pBone, int& pId)
+bool OrvFileAcclaimAsf::WriteBone(const OrvAsfNode* pBone, int pId)
 {
     const OrvVector4& lDirection = pBone->mDirection;
     const OrvVector4& lAxis = pBone->mAxis;
@@ -88,13 +86,7 @@ bool OrvFileAcclaimAsf::WriteBone(OrvAsfNode* pBone, int& pId)
         }
         if (!Print(0, "\n") || !WriteLimits(pBone)) return false;
     }
-    if (!Print(1, "%s\n", smGroup[eEnd].keyword)) return false;
-    ++pId;
-    for (int i = 0; i < pBone->mChildren.GetCount(); ++i)
-    {
-        if (!WriteBone(pBone->mChildren[i], pId)) return false;
-    }
-    return true;
+    return Print(1, "%s\n", smGroup[eEnd].keyword);
 }
 
 bool OrvFileAcclaimAsf::WriteLimits(const OrvAsfNode* pBone)
@@ -119,23 +111,14 @@ bool OrvFileAcclaimAsf::WriteLimits(const OrvAsfNode* pBone)
 
 bool OrvFileAcclaimAsf::WriteHierarchy()
 {
-    return Print(0, "%s\n", smMain[eHierarchy].keyword) && Print(1, "%s\n", smGroup[eBegin].keyword) &&
-           WriteHierarchyRecursive(mAsfScene->mRoot) && Print(1, "%s\n", smGroup[eEnd].keyword);
+    if (!Print(0, "%s\n", smMain[eHierarchy].keyword) || !Print(1, "%s\n", smGroup[eBegin].keyword)) return false;
+    // One family line per bone with children, in pre-order.
+    const OrvAsfNode* lFailed = mAsfScene->mRoot->VisitPreOrder(
+        [this](const OrvAsfNode* pBone) { return pBone->mChildren.GetCount() > 0 && !WriteFamily(pBone); });
+    return lFailed == nullptr && Print(1, "%s\n", smGroup[eEnd].keyword);
 }
 
-bool OrvFileAcclaimAsf::WriteHierarchyRecursive(OrvAsfNode* pBone)
-{
-    const int lCount = pBone->mChildren.GetCount();
-    if (lCount == 0) return true;
-    if (!WriteFamily(pBone)) return false;
-    for (int i = 0; i < lCount; ++i)
-    {
-        if (!WriteHierarchyRecursive(pBone->mChildren[i])) return false;
-    }
-    return true;
-}
-
-bool OrvFileAcclaimAsf::WriteFamily(OrvAsfNode* pBone)
+bool OrvFileAcclaimAsf::WriteFamily(const OrvAsfNode* pBone)
 {
     if (!Print(2, "%s", pBone->mName)) return false;
     for (int i = 0; i < pBone->mChildren.GetCount(); ++i)

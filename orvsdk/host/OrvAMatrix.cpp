@@ -20,9 +20,11 @@ using Matrix3 = double[3][3];
 // angles give clean matrices (and an exact gimbal lock).
 void SinCosDegrees(double pDegrees, double& pSin, double& pCos)
 {
-    const double lReduced = std::fmod(pDegrees, 360.0);
+    // fmod returns an angle of less than a full turn unchanged, so the call is skipped for those.
+    const double lReduced = std::fabs(pDegrees) < 360.0 ? pDegrees : std::fmod(pDegrees, 360.0);
+    // The quotient lies within (-4, 4) or is NaN; the cast tells a whole one without a call to floor.
     const double lQuarters = lReduced / 90.0;
-    if (lQuarters == std::floor(lQuarters))
+    if (std::isfinite(lQuarters) && static_cast<double>(static_cast<int>(lQuarters)) == lQuarters)
     {
         static const double sSin[4] = {0.0, 1.0, 0.0, -1.0};
         const int lQuarter = (static_cast<int>(lQuarters) + 4) % 4;
@@ -71,12 +73,18 @@ int ValidOrder(int pOrder)
     return pOrder >= 0 && pOrder < 6 ? pOrder : 0;
 }
 
-} // namespace
-
-OrvAMatrix::OrvAMatrix()
+// True when every element is finite: a sum is finite only then (NaN and infinities stay in it).
+// A sum that overflows from finite elements merely answers false, which costs the caller speed,
+// not correctness. Summed by columns, so that the additions go in pairs.
+bool AllFinite(const double (&pData)[4][4])
 {
-    SetIdentity();
+    double lColumnSums[4] = {0.0, 0.0, 0.0, 0.0};
+    for (const auto& lRow : pData)
+        for (int lColumn = 0; lColumn < 4; ++lColumn) lColumnSums[lColumn] += lRow[lColumn];
+    return std::isfinite(lColumnSums[0] + lColumnSums[1] + lColumnSums[2] + lColumnSums[3]);
 }
+
+} // namespace
 
 void OrvAMatrix::SetIdentity()
 {
@@ -133,9 +141,11 @@ OrvVector4 OrvAMatrix::GetR(int pOrder) const
         for (int lRow = 0; lRow < 3; ++lRow) lM[lRow][lColumn] = mData[lRow][lColumn] * lFactor;
     }
 
+    // g is computed before the gimbal-lock test needs b: the two arc tangents then overlap.
+    const double lFreeG = AngleDegrees(lSign * lM[j][i], lM[i][i]);
     const double lCosB = std::hypot(lM[i][i], lM[j][i]);
     const double lB = AngleDegrees(-lSign * lM[k][i], lCosB);
-    const double lG = lCosB < kGimbalLockCosine ? 0.0 : AngleDegrees(lSign * lM[j][i], lM[i][i]);
+    const double lG = lCosB < kGimbalLockCosine ? 0.0 : lFreeG;
 
     double lSinG = 0.0;
     double lCosG = 1.0;
@@ -165,13 +175,43 @@ OrvAMatrix OrvAMatrix::operator*(const OrvAMatrix& pOther) const
     return lProduct;
 }
 
-OrvVector4 OrvAMatrix::MultT(const OrvVector4& pPoint) const
+void OrvAMatrix::PreRotate(int pAxis, double pDegrees)
 {
-    OrvVector4 lResult(0.0, 0.0, 0.0, pPoint[3]);
+    if (!std::isfinite(pDegrees) || !AllFinite(mData))
+    {
+        // Non-finite values spread through the zero entries of the full product: keep its result.
+        OrvVector4 lAngles;
+        lAngles[pAxis] = pDegrees;
+        OrvAMatrix lStep;
+        lStep.SetR(lAngles);
+        *this = lStep * *this;
+        return;
+    }
+    // B leaves row pAxis alone and mixes the other two rows; its zero entries only add zeros.
+    double lSin = 0.0;
+    double lCos = 1.0;
+    SinCosDegrees(pDegrees, lSin, lCos);
+    const int j = (pAxis + 1) % 3;
+    const int k = (pAxis + 2) % 3;
+    for (int lColumn = 0; lColumn < 4; ++lColumn)
+    {
+        const double lJ = mData[j][lColumn];
+        const double lK = mData[k][lColumn];
+        mData[j][lColumn] = lCos * lJ - lSin * lK;
+        mData[k][lColumn] = lSin * lJ + lCos * lK;
+    }
+}
+
+OrvAMatrix OrvAMatrix::MultR(const OrvAMatrix& pOther) const
+{
+    // The terms and their order are those of operator*, without its leading 0.0.
+    OrvAMatrix lProduct;
     for (int lRow = 0; lRow < 3; ++lRow)
-        lResult[lRow] = mData[lRow][0] * pPoint[0] + mData[lRow][1] * pPoint[1] + mData[lRow][2] * pPoint[2] +
-                        mData[lRow][3];
-    return lResult;
+        for (int lColumn = 0; lColumn < 3; ++lColumn)
+            lProduct.mData[lRow][lColumn] =
+                mData[lRow][0] * pOther.mData[0][lColumn] + mData[lRow][1] * pOther.mData[1][lColumn] +
+                mData[lRow][2] * pOther.mData[2][lColumn] + mData[lRow][3] * pOther.mData[3][lColumn];
+    return lProduct;
 }
 
 OrvAMatrix OrvAMatrix::Inverse() const

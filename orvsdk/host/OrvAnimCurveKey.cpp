@@ -26,33 +26,13 @@ void DeallocateKeyImpl(OrvAnimCurveKeyImpl* pImpl)
 const OrvAnimCurveKey::AllocatorFct OrvAnimCurveKey::mAllocatorFct = AllocateKeyImpl;
 const OrvAnimCurveKey::DeallocatorFct OrvAnimCurveKey::mDeallocatorFct = DeallocateKeyImpl;
 
-OrvAnimCurveKey::OrvAnimCurveKey() : mImpl(mAllocatorFct())
+OrvAnimCurveKey::OrvAnimCurveKey() : mImpl(mAllocatorFct()), mOwnsImpl(true)
 {
 }
 
 OrvAnimCurveKey::OrvAnimCurveKey(OrvTime pTime, float pValue) : OrvAnimCurveKey()
 {
     Set(pTime, pValue);
-}
-
-OrvAnimCurveKey::~OrvAnimCurveKey()
-{
-    mDeallocatorFct(mImpl);
-}
-
-void OrvAnimCurveKey::Set(OrvTime pTime, float pValue)
-{
-    if (mImpl) mImpl->Set(pTime, pValue);
-}
-
-OrvTime OrvAnimCurveKey::GetTime() const
-{
-    return mImpl ? mImpl->GetTime() : OrvTime();
-}
-
-float OrvAnimCurveKey::GetValue() const
-{
-    return mImpl ? mImpl->GetValue() : 0.0f;
 }
 
 } // namespace orvsdk

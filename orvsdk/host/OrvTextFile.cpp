@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <new>
 #include <system_error>
 
@@ -142,7 +143,7 @@ OrvTextFile::~OrvTextFile()
 bool OrvTextFile::Open(const char* pPath)
 {
     Close();
-    mMessages.clear();
+    ClearMessages();
     mFileName = pPath ? pPath : "";
     const int lFile = ::open(mFileName.c_str(), O_RDONLY | O_CLOEXEC);
     if (lFile < 0)
@@ -190,7 +191,7 @@ bool OrvTextFile::Open(const char* pPath)
 bool OrvTextFile::Open(const char* pText, size_t pSize, const char* pName)
 {
     Close();
-    mMessages.clear();
+    ClearMessages();
     mFileName = pName ? pName : "";
     try
     {
@@ -210,7 +211,7 @@ bool OrvTextFile::Open(const char* pText, size_t pSize, const char* pName)
 bool OrvTextFile::Create(const char* pPath)
 {
     Close();
-    mMessages.clear();
+    ClearMessages();
     mFileName = pPath ? pPath : "";
     mTargetPath = mFileName;
     mTempPath = mTargetPath + ".tmpXXXXXX";
@@ -541,22 +542,30 @@ void OrvTextFile::Error(const char* pFormat, ...)
 
 void OrvTextFile::Report(OrvTextFileMessage::EKind pKind, const char* pFormat, va_list pArgs)
 {
+    int& lCount = pKind == OrvTextFileMessage::eError ? mErrorCount : mWarningCount;
+    if (lCount < std::numeric_limits<int>::max()) ++lCount;
+    if (pKind == OrvTextFileMessage::eWarning && mWarningCount > kMaxKeptWarnings)
+    {
+        // A file of millions of bad lines must not fill the memory with their warnings.
+        if (mWarningCount == kMaxKeptWarnings + 1) Keep(pKind, "Too many warnings, the others are not reported");
+        return;
+    }
     std::string lText = FormatInCLocale(pFormat, pArgs);
     if (!lText.empty() && lText.back() == '\n') lText.pop_back();
-    mMessages.push_back(OrvTextFileMessage{pKind, mLineNumber, std::move(lText)});
+    Keep(pKind, std::move(lText));
+}
+
+void OrvTextFile::Keep(OrvTextFileMessage::EKind pKind, std::string pText)
+{
+    mMessages.push_back(OrvTextFileMessage{pKind, mLineNumber, std::move(pText)});
     if (mEchoMessages) std::fprintf(stderr, "%s\n", FormatMessage(mMessages.back()).c_str());
 }
 
-int OrvTextFile::GetErrorCount() const
+void OrvTextFile::ClearMessages()
 {
-    int lCount = 0;
-    for (const OrvTextFileMessage& lMessage : mMessages) lCount += lMessage.mKind == OrvTextFileMessage::eError;
-    return lCount;
-}
-
-int OrvTextFile::GetWarningCount() const
-{
-    return static_cast<int>(mMessages.size()) - GetErrorCount();
+    mMessages.clear();
+    mErrorCount = 0;
+    mWarningCount = 0;
 }
 
 std::string OrvTextFile::FormatMessage(const OrvTextFileMessage& pMessage) const

@@ -112,13 +112,18 @@ public:
 
     // Report a warning or an error on the current line; printf-style. The text is recorded (see
     // GetMessages) and, with pEchoMessages, printed on standard error as
-    // "FILE:LINE: warning: TEXT" or "FILE:LINE: error: TEXT".
+    // "FILE:LINE: warning: TEXT" or "FILE:LINE: error: TEXT". Only the first kMaxKeptWarnings
+    // warnings of a file are recorded and printed, then the warning "Too many warnings, the
+    // others are not reported"; errors always are.
     void Warning(const char* pFormat, ...) __attribute__((format(printf, 2, 3)));
     void Error(const char* pFormat, ...) __attribute__((format(printf, 2, 3)));
+    static constexpr int kMaxKeptWarnings = 1000;
 
+    // The recorded messages of the file last opened or created, in the order reported.
     const std::vector<OrvTextFileMessage>& GetMessages() const { return mMessages; }
-    int GetErrorCount() const;
-    int GetWarningCount() const;
+    // Errors and warnings reported since the file was opened or created, recorded or not.
+    int GetErrorCount() const { return mErrorCount; }
+    int GetWarningCount() const { return mWarningCount; }
     // "FILE:LINE: warning: TEXT" (or "FILE: ..." for line 0).
     std::string FormatMessage(const OrvTextFileMessage& pMessage) const;
     // The file name given to Open or Create.
@@ -135,6 +140,8 @@ private:
     };
 
     void Report(OrvTextFileMessage::EKind pKind, const char* pFormat, va_list pArgs);
+    void Keep(OrvTextFileMessage::EKind pKind, std::string pText);
+    void ClearMessages();
     void ResetInput();
     void ReleaseLineEnd();
     bool LoadLine();
@@ -164,6 +171,8 @@ private:
 
     std::vector<TableCounters> mCounters;
     std::vector<OrvTextFileMessage> mMessages;
+    int mErrorCount = 0;
+    int mWarningCount = 0;
 
     std::string mTargetPath;
     std::string mTempPath;

@@ -4,24 +4,11 @@
 
 namespace orvsdk {
 
-OrvVector4 OrvVector4::operator+(const OrvVector4& pOther) const
-{
-    OrvVector4 lSum = *this;
-    lSum += pOther;
-    return lSum;
-}
-
 OrvVector4 OrvVector4::operator-(const OrvVector4& pOther) const
 {
     OrvVector4 lDifference;
     for (int i = 0; i < 4; ++i) lDifference.mData[i] = mData[i] - pOther.mData[i];
     return lDifference;
-}
-
-OrvVector4& OrvVector4::operator+=(const OrvVector4& pOther)
-{
-    for (int i = 0; i < 4; ++i) mData[i] += pOther.mData[i];
-    return *this;
 }
 
 OrvVector4 OrvVector4::operator*(double pFactor) const

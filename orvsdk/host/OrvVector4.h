@@ -17,9 +17,19 @@ public:
     double* Buffer() { return mData; }
     const double* Buffer() const { return mData; }
 
-    OrvVector4 operator+(const OrvVector4& pOther) const;
+    // Component-wise sums; inline, for the per-frame paths.
+    OrvVector4 operator+(const OrvVector4& pOther) const
+    {
+        OrvVector4 lSum = *this;
+        lSum += pOther;
+        return lSum;
+    }
+    OrvVector4& operator+=(const OrvVector4& pOther)
+    {
+        for (int i = 0; i < 4; ++i) mData[i] += pOther.mData[i];
+        return *this;
+    }
     OrvVector4 operator-(const OrvVector4& pOther) const;
-    OrvVector4& operator+=(const OrvVector4& pOther);
     OrvVector4 operator*(double pFactor) const;  // all four components
     OrvVector4& operator*=(const OrvVector4& pOther);  // component-wise
     bool operator==(const OrvVector4& pOther) const;  // exact, all four components

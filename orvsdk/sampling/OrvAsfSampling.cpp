@@ -9,6 +9,21 @@
 
 namespace orvsdk {
 
+namespace {
+
+// Sets pKey to each value of pValues in turn and adds it at pTime to the curve of that channel,
+// when there is one.
+void AddKeys(OrvAnimCurve* const pCurves[3], const OrvVector4& pValues, OrvTime& pTime, OrvAnimCurveKey& pKey)
+{
+    for (int j = 0; j < 3; ++j)
+    {
+        pKey.Set(pTime, static_cast<float>(pValues[j]));
+        if (pCurves[j]) pCurves[j]->KeyAdd(pTime, pKey);
+    }
+}
+
+} // namespace
+
 void OrvAsfNode::StartSamplingData()
 {
     const int lChildCount = mChildren.GetCount();
@@ -34,11 +49,8 @@ void OrvAsfNode::AddSampleFromDOF(double* pValues, OrvTime& pTime, double pTrans
             const double lAngle = pRotationFactor * pValues[i];
             const int lAxis = 5 - lCode;
             lAngleSum[lAxis] += lAngle;
-            OrvVector4 lSingle;
-            lSingle[lAxis] = lAngle;
-            OrvAMatrix lStep;
-            lStep.SetR(lSingle);
-            lMotion = lStep * lMotion;
+            // Pre-rotation keys are the plain sums: only the decomposition needs the matrix.
+            if (!pUsePreRotation) lMotion.PreRotate(lAxis, lAngle);
         }
     }
 
@@ -52,30 +64,24 @@ void OrvAsfNode::AddSampleFromDOF(double* pValues, OrvTime& pTime, double pTrans
         lTranslation = mParentAxisMatrixInverse.MultT(mParentOffset + mAxisMatrix.MultT(lTranslation));
     }
 
-    OrvVector4 lRotation;
-    if (pUsePreRotation)
+    // The keys are read from the vectors in place: copying a vector just filled element by
+    // element would stall on the wide load.
+    OrvVector4 lDecomposed;
+    if (!pUsePreRotation)
     {
-        lRotation = lAngleSum;
-    }
-    else
-    {
-        lMotion = mParentAxisMatrixInverse * (mAxisMatrix * lMotion);
+        // GetR reads the rotation part only.
+        lMotion = mParentAxisMatrixInverse.MultR(mAxisMatrix.MultR(lMotion));
         const int lOrder = EulerOrderFromOrderBuf(mDof, mDofCount);
         const OrvVector4 lAngles = lMotion.GetR(lOrder);
-        for (int j = 0; j < 3; ++j) lRotation[OrvEuler::AxisTable[lOrder][j]] = lAngles[j];
+        for (int j = 0; j < 3; ++j) lDecomposed[OrvEuler::AxisTable[lOrder][j]] = lAngles[j];
     }
+    const OrvVector4& lRotation = pUsePreRotation ? lAngleSum : lDecomposed;
 
-    OrvAnimCurveKey lKey;
-    for (int j = 0; j < 3; ++j)
-    {
-        lKey.Set(pTime, static_cast<float>(lTranslation[j]));
-        if (mTranslationCurve[j]) mTranslationCurve[j]->KeyAdd(pTime, lKey);
-    }
-    for (int j = 0; j < 3; ++j)
-    {
-        lKey.Set(pTime, static_cast<float>(lRotation[j]));
-        if (mRotationCurve[j]) mRotationCurve[j]->KeyAdd(pTime, lKey);
-    }
+    // One key record serves the six keys; its data lives on the stack, so a call allocates nothing.
+    OrvAnimCurveKeyImpl lKeyData;
+    OrvAnimCurveKey lKey(lKeyData);
+    AddKeys(mTranslationCurve, lTranslation, pTime, lKey);
+    AddKeys(mRotationCurve, lRotation, pTime, lKey);
 }
 
 } // namespace orvsdk

@@ -46,20 +46,25 @@ void SetupRoot(OrvAsfNode& pRoot, bool pUseRotationOffset, bool pUsePreRotation)
     if (!pUsePreRotation) pRoot.SetLocalRotationFrom(pRoot.mAxisMatrix);
 }
 
+void SetupBone(OrvAsfNode& pBone, bool pUseRotationOffset, bool pUsePreRotation)
+{
+    if (pUseRotationOffset && pUsePreRotation)
+        SetupWithoutRestValues(pBone);
+    else if (pBone.mParent)
+        SetupBelowParent(pBone, pUseRotationOffset, pUsePreRotation);
+    else
+        SetupRoot(pBone, pUseRotationOffset, pUsePreRotation);
+}
+
 } // namespace
 
 void OrvAsfNode::SetupPosition(bool pUseRotationOffset, bool pUsePreRotation)
 {
-    if (pUseRotationOffset && pUsePreRotation)
-        SetupWithoutRestValues(*this);
-    else if (mParent)
-        SetupBelowParent(*this, pUseRotationOffset, pUsePreRotation);
-    else
-        SetupRoot(*this, pUseRotationOffset, pUsePreRotation);
-
-    // Pre-order: each child reads this bone's finished position and frame.
-    const int lCount = mChildren.GetCount();
-    for (int i = 0; i < lCount; ++i) mChildren[i]->SetupPosition(pUseRotationOffset, pUsePreRotation);
+    // Pre-order: each bone reads its parent's finished position and frame.
+    VisitPreOrder([pUseRotationOffset, pUsePreRotation](OrvAsfNode* pBone) {
+        SetupBone(*pBone, pUseRotationOffset, pUsePreRotation);
+        return false;
+    });
 }
 
 void OrvAsfNode::SetLocalRotationFrom(const OrvAMatrix& pRelativeFrame)

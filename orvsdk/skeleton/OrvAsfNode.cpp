@@ -41,18 +41,51 @@ OrvAsfNode::OrvAsfNode()
 
 OrvAsfNode::~OrvAsfNode()
 {
+    DestroyOwnCurves();
+    // The subtree is taken apart without recursion and without allocating: the walk goes down
+    // through each bone's next child, and the parent links, reset on the way down, lead back up.
+    // A bone is freed once its last child is gone, so only childless bones are ever destroyed.
+    ReverseChildren();
+    OrvAsfNode* lBone = this;
+    for (;;)
+    {
+        const int lCount = lBone->mChildren.GetCount();
+        if (lCount > 0)
+        {
+            OrvAsfNode* lChild = lBone->mChildren[lCount - 1];
+            lBone->mChildren.RemoveAt(lCount - 1);
+            lChild->DestroyOwnCurves();
+            lChild->ReverseChildren();
+            lChild->mParent = lBone;
+            lBone = lChild;
+            continue;
+        }
+        if (lBone == this) break;
+        OrvAsfNode* lParent = lBone->mParent;
+        Destroy(lBone);
+        lBone = lParent;
+    }
+    mChildren.Release();
+    mScene = nullptr;
+}
+
+void OrvAsfNode::DestroyOwnCurves()
+{
     for (int k = 0; k < 3; ++k)
     {
         DestroyCurve(mTranslationCurve[k]);
         DestroyCurve(mRotationCurve[k]);
     }
-    if (mChildren.HasStorage())
+}
+
+void OrvAsfNode::ReverseChildren()
+{
+    for (int i = 0, j = mChildren.GetCount() - 1; i < j; ++i, --j)
     {
-        const int lCount = mChildren.GetCount();
-        for (int i = 0; i < lCount; ++i) Destroy(mChildren[i]);
-        mChildren.Release();
+        OrvAsfNode* lFirst = mChildren[i];
+        mChildren[i] = mChildren[j];
+        mChildren[j] = lFirst;
     }
-    mScene = nullptr;
 }
 
 void OrvAsfNode::SetScene(OrvScene* pScene)
@@ -62,13 +95,7 @@ void OrvAsfNode::SetScene(OrvScene* pScene)
 
 OrvAsfNode* OrvAsfNode::Find(const char* pName)
 {
-    if (std::strcmp(mName, pName) == 0) return this;
-    const int lCount = mChildren.GetCount();
-    for (int i = 0; i < lCount; ++i)
-    {
-        if (OrvAsfNode* lFound = mChildren[i]->Find(pName)) return lFound;
-    }
-    return nullptr;
+    return VisitPreOrder([pName](const OrvAsfNode* pBone) { return std::strcmp(pBone->mName, pName) == 0; });
 }
 
 OrvAsfNode* OrvAsfNode::GetChild(int pIndex)

@@ -6,6 +6,8 @@
 #include "orvsdk/host/OrvTime.h"
 #include "orvsdk/host/OrvVector4.h"
 
+#include <vector>
+
 namespace orvsdk {
 
 class OrvAnimCurve;
@@ -41,7 +43,9 @@ public:
     // parent, no children, no host links.
     OrvAsfNode();
     // Destroys the curves the bone still owns (through the host), then every child, depth
-    // first, then releases the children storage. The parent is not told.
+    // first (each bone's curves before its children's, children in index order), then releases
+    // the children storage. The parent is not told. Works at any depth (no recursion) and
+    // allocates nothing.
     ~OrvAsfNode();
     OrvAsfNode(const OrvAsfNode&) = delete;
     OrvAsfNode& operator=(const OrvAsfNode&) = delete;
@@ -52,8 +56,15 @@ public:
     void SetScene(OrvScene* pScene);
     // The first bone of this subtree, in depth-first pre-order (a bone before its children,
     // children in index order), whose name equals pName byte by byte; null when none does.
-    // Cost: linear in the subtree's size.
+    // Cost: linear in the subtree's size; works at any depth (no recursion).
     OrvAsfNode* Find(const char* pName);
+    // Calls pVisit(OrvAsfNode*) on this bone and every bone below it in depth-first pre-order,
+    // with an explicit stack instead of recursion, so the tree's depth does not matter. A bone's
+    // children are read after pVisit returned for it, so pVisit may change them (and only them).
+    // Returns the first bone for which pVisit returned true, which ends the walk; null when it
+    // never did. Cost: the subtree's size, plus a stack as large as the widest path.
+    template <typename TVisit>
+    OrvAsfNode* VisitPreOrder(TVisit pVisit);
     // The child at pIndex (>= 0), or null when the index is not below the child count.
     OrvAsfNode* GetChild(int pIndex);
     // Appends pBone to the children and makes this bone its parent; true on success. When the
@@ -72,7 +83,8 @@ public:
     // the parent, from the global description the reader filled in. With pUseRotationOffset set
     // the rest translation is left to the host node's rotation offset and not computed; with
     // pUsePreRotation set the rest rotation is left to its pre-rotation. With both set both rest
-    // values are zero and every bone's position becomes its bone vector. Cannot fail.
+    // values are zero and every bone's position becomes its bone vector. Cannot fail; works at
+    // any depth (no recursion).
     void SetupPosition(bool pUseRotationOffset, bool pUsePreRotation);
     // Rest rotation from pRelativeFrame (this bone's frame in its parent's frame), decomposed in
     // the bone's rotation order and stored in the X, Y, Z slots of mLocalRotation.
@@ -85,11 +97,11 @@ public:
     // and frames; rest values are recomputed as SetupPosition would with the same flags, which
     // must be the ones SetupPosition ran with. This bone itself always stays. When a parent's
     // children array cannot take a dummy's children, that dummy and its children stay as they
-    // are. Cost: linear in the subtree's size.
+    // are. Cost: linear in the subtree's size; works at any depth (no recursion).
     void RemoveDummy(bool pUseRotationOffset, bool pUsePreRotation);
     // Removes below this bone the leaves of length exactly 0 whose cached translation and
     // rotation curve nodes are absent or not animated. A bone that becomes such a leaf only by
-    // this removal stays. This bone itself always stays.
+    // this removal stays. This bone itself always stays. Works at any depth (no recursion).
     void RemoveEndSite();
 
     // --- Import: curves and host nodes ---------------------------------------------------------
@@ -172,7 +184,26 @@ public:
     OrvAnimCurve* mRotationCurve[3];     // owned until handed to a host node
     bool mIgnoreLimits;            // the writer prints every bound as unbounded
     OrvScene* mScene;              // not owned
+
+private:
+    void DestroyOwnCurves();
+    // Puts the children in reverse order, so that taking them from the end yields index order.
+    void ReverseChildren();
 };
+
+template <typename TVisit>
+OrvAsfNode* OrvAsfNode::VisitPreOrder(TVisit pVisit)
+{
+    std::vector<OrvAsfNode*> lPending{this};
+    while (!lPending.empty())
+    {
+        OrvAsfNode* lBone = lPending.back();
+        lPending.pop_back();
+        if (pVisit(lBone)) return lBone;
+        for (int i = lBone->mChildren.GetCount() - 1; i >= 0; --i) lPending.push_back(lBone->mChildren[i]);
+    }
+    return nullptr;
+}
 
 } // namespace orvsdk
 

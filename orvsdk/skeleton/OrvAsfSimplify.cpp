@@ -3,6 +3,8 @@
 #include "orvsdk/host/OrvAnimCurveNode.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 
+#include <vector>
+
 namespace orvsdk {
 
 namespace {
@@ -50,36 +52,67 @@ bool IsEndSite(const OrvAsfNode& pBone)
            !IsAnimated(pBone.mRotationCurveNode);
 }
 
+// Removes pParent's child at pIndex when it has no degree of freedom, its children handed up.
+void RemoveIfDummy(OrvAsfNode& pParent, int pIndex, bool pUseRotationOffset, bool pUsePreRotation)
+{
+    OrvAsfNode* lChild = pParent.mChildren[pIndex];
+    if (lChild->mDofCount != 0) return;
+    if (!HandUpChildren(pParent, *lChild, pUseRotationOffset, pUsePreRotation)) return;
+    lChild->mChildren.Release();
+    pParent.mChildren.RemoveAt(pIndex);
+    OrvAsfNode::Destroy(lChild);
+}
+
+void RemoveEndSiteChildren(OrvAsfNode& pBone)
+{
+    for (int i = pBone.mChildren.GetCount() - 1; i >= 0; --i)
+    {
+        OrvAsfNode* lChild = pBone.mChildren[i];
+        if (!IsEndSite(*lChild)) continue;
+        pBone.mChildren.RemoveAt(i);
+        OrvAsfNode::Destroy(lChild);
+    }
+}
+
 } // namespace
 
 void OrvAsfNode::RemoveDummy(bool pUseRotationOffset, bool pUsePreRotation)
 {
-    // From the last child to the first, each child's subtree simplified before the child is
-    // judged, so a dummy's own children are never dummies when they are handed up.
-    for (int i = mChildren.GetCount() - 1; i >= 0; --i)
+    // Post-order with an explicit stack instead of recursion. Each frame holds a bone and the
+    // index of the child it is at, counting from the last child to the first; a child is judged
+    // once its own subtree is simplified, so a dummy's children are never dummies when they are
+    // handed up. Handed-up children land behind the index and are not visited again.
+    struct Frame
     {
-        OrvAsfNode* lChild = mChildren[i];
-        lChild->RemoveDummy(pUseRotationOffset, pUsePreRotation);
-        if (lChild->mDofCount != 0) continue;
-        if (!HandUpChildren(*this, *lChild, pUseRotationOffset, pUsePreRotation)) continue;
-        lChild->mChildren.Release();
-        mChildren.RemoveAt(i);
-        Destroy(lChild);
+        OrvAsfNode* mBone;
+        int mChild;
+    };
+    std::vector<Frame> lFrames{Frame{this, mChildren.GetCount() - 1}};
+    for (;;)
+    {
+        const Frame lTop = lFrames.back();
+        if (lTop.mChild >= 0)
+        {
+            OrvAsfNode* lChild = lTop.mBone->mChildren[lTop.mChild];
+            lFrames.push_back(Frame{lChild, lChild->mChildren.GetCount() - 1});
+            continue;
+        }
+        lFrames.pop_back();
+        if (lFrames.empty()) return;
+        Frame& lParent = lFrames.back();
+        RemoveIfDummy(*lParent.mBone, lParent.mChild, pUseRotationOffset, pUsePreRotation);
+        --lParent.mChild;
     }
 }
 
 void OrvAsfNode::RemoveEndSite()
 {
-    if (!mChildren.HasStorage()) return;
-    for (int i = mChildren.GetCount() - 1; i >= 0; --i)
-    {
-        OrvAsfNode* lChild = mChildren[i];
-        if (!IsEndSite(*lChild)) continue;
-        mChildren.RemoveAt(i);
-        Destroy(lChild);
-    }
-    // Removal at this level comes first, so a bone left childless by it stays in this call.
-    for (int i = mChildren.GetCount() - 1; i >= 0; --i) mChildren[i]->RemoveEndSite();
+    // Removal among a bone's children comes before the walk reaches them, so a bone left
+    // childless by it stays.
+    VisitPreOrder([](OrvAsfNode* pBone) {
+        RemoveEndSiteChildren(*pBone);
+        return false;
+    });
 }
 
 } // namespace orvsdk

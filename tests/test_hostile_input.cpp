@@ -1,0 +1,390 @@
+// Hostile input to the ASF reader and the bone tree: skeletons deeper than the reader's limit,
+// trees of a hundred thousand bones, huge lines, names and value lists, numbers out of range,
+// and the cases the fuzz targets found. Every input is generated in memory.
+
+#include "AsfTestSupport.h"
+#include "support/HostSceneSupport.h"
+
+#include "amc/OrvAmcReader.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+using namespace orvsdk;
+using namespace orvsdk::asftest;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+
+namespace {
+
+const int kLimit = OrvFileAcclaimAsf::kMaxBoneDepth;
+const int kHugeBoneCount = 100000;
+
+const std::string kRoot = ":root\n  order TX TY TZ RX RY RZ\n  axis XYZ\n";
+
+std::string BoneName(int pIndex)
+{
+    return "b" + std::to_string(pIndex);
+}
+
+std::string BoneBlock(const std::string& pName, const std::string& pExtra = "    dof rx\n")
+{
+    return "  begin\n    name " + pName + "\n    direction 0 1 0\n    length 1\n" + pExtra + "  end\n";
+}
+
+// Bones b1 .. bN, then one hierarchy line per link of the chain b1 - b2 - ... - bN, from the top
+// down or from the bottom up.
+std::string ChainSkeleton(int pBones, bool pBottomUp = false)
+{
+    std::string lText = kRoot + ":bonedata\n";
+    for (int i = 1; i <= pBones; ++i) lText += BoneBlock(BoneName(i));
+    lText += ":hierarchy\n  begin\n";
+    for (int k = 1; k < pBones; ++k)
+    {
+        const int i = pBottomUp ? pBones - k : k;
+        lText += "    " + BoneName(i) + " " + BoneName(i + 1) + "\n";
+    }
+    return lText + "  end\n";
+}
+
+int DepthOf(const OrvAsfNode* pBone)
+{
+    int lDepth = 0;
+    for (; pBone->mParent; pBone = pBone->mParent) ++lDepth;
+    return lDepth;
+}
+
+// Bones of the subtree, counted without recursion; every child's parent link must point back.
+size_t CountSoundBones(OrvAsfNode* pRoot)
+{
+    size_t lCount = 0;
+    const OrvAsfNode* lBroken = pRoot->VisitPreOrder([&lCount](const OrvAsfNode* pBone) {
+        ++lCount;
+        for (int i = 0; i < pBone->mChildren.GetCount(); ++i)
+            if (pBone->mChildren[i]->mParent != pBone) return true;
+        return false;
+    });
+    EXPECT_EQ(lBroken, nullptr) << "a child of " << lBroken->mName << " does not point back";
+    return lCount;
+}
+
+class HostileSkeleton : public ::testing::Test
+{
+protected:
+    bool Read(const std::string& pText, bool pRemoveDummy = false)
+    {
+        return ReadText(mFile, mScene, pText, pRemoveDummy);
+    }
+    std::string LastMessage() const { return Messages(mFile).empty() ? "" : Messages(mFile).back(); }
+
+    OrvFileAcclaimAsf mFile{false};
+    OrvAsfScene mScene;
+};
+
+std::string TempPath(const char* pName)
+{
+    return ::testing::TempDir() + "orv_hostile_" + std::to_string(getpid()) + "_" + pName;
+}
+
+} // namespace
+
+// --- Depth ------------------------------------------------------------------------------------
+
+TEST_F(HostileSkeleton, ChainAtTheDepthLimitReads)
+{
+    ASSERT_TRUE(Read(ChainSkeleton(kLimit)));
+    const OrvAsfNode* lDeepest = mScene.mRoot->Find(BoneName(kLimit).c_str());
+    ASSERT_NE(lDeepest, nullptr);
+    EXPECT_EQ(DepthOf(lDeepest), kLimit);
+    EXPECT_EQ(mFile.GetErrorCount(), 0);
+}
+
+TEST_F(HostileSkeleton, OneBoneBeyondTheDepthLimitIsRefusedAtItsHierarchyLine)
+{
+    // b1 - b2 - ... - b1000 - b1001: the line "b1000 b1001" would put b1001 at depth 1001.
+    EXPECT_FALSE(Read(ChainSkeleton(kLimit + 1)));
+    EXPECT_EQ(LastMessage(), "E: Bone b1001 lies deeper than 1000 bones below the root");
+    EXPECT_EQ(mFile.GetMessages().back().mLine, 3 + 1 + 6 * (kLimit + 1) + 2 + kLimit);
+    // Nothing moved by the refused line: b1001 still hangs under the root.
+    EXPECT_EQ(mScene.mRoot->Find("b1001")->mParent, mScene.mRoot);
+    EXPECT_EQ(CountSoundBones(mScene.mRoot), static_cast<size_t>(kLimit + 2));
+}
+
+TEST_F(HostileSkeleton, ChainBuiltFromTheBottomUpIsRefusedNamingItsDeepestBone)
+{
+    // Each line hangs a whole chain below a new top: the moved bone lies shallow, its last
+    // descendant too deep.
+    EXPECT_FALSE(Read(ChainSkeleton(kLimit + 1, true)));
+    EXPECT_EQ(LastMessage(), "E: Bone b1001 lies deeper than 1000 bones below the root");
+    EXPECT_EQ(mScene.mRoot->Find("b2")->mParent, mScene.mRoot);
+}
+
+TEST_F(HostileSkeleton, HundredThousandBoneChainIsRefusedInEitherOrder)
+{
+    for (const bool lBottomUp : {false, true})
+    {
+        OrvFileAcclaimAsf lFile(false);
+        OrvAsfScene lScene;
+        EXPECT_FALSE(ReadText(lFile, lScene, ChainSkeleton(kHugeBoneCount, lBottomUp)));
+        const std::string lDeepest = lBottomUp ? BoneName(kHugeBoneCount) : BoneName(kLimit + 1);
+        EXPECT_EQ(Messages(lFile).back(), "E: Bone " + lDeepest + " lies deeper than 1000 bones below the root");
+        EXPECT_EQ(CountSoundBones(lScene.mRoot), static_cast<size_t>(kHugeBoneCount + 1));
+    }
+}
+
+TEST_F(HostileSkeleton, HundredThousandBonesInShortChainsReadWithTheirTreeIntact)
+{
+    // 1000 chains of 100 bones each, c<chain>_0 - c<chain>_1 - ... - c<chain>_99. Every move
+    // takes a bone out of the root's children, which hold all 100000 bones at first.
+    const int lChains = 1000;
+    const int lLength = 100;
+    auto lName = [](int pChain, int pIndex) { return "c" + std::to_string(pChain) + "_" + std::to_string(pIndex); };
+    std::string lText = kRoot + ":bonedata\n";
+    for (int c = 0; c < lChains; ++c)
+        for (int i = 0; i < lLength; ++i) lText += BoneBlock(lName(c, i));
+    lText += ":hierarchy\n  begin\n";
+    for (int c = 0; c < lChains; ++c)
+        for (int i = 1; i < lLength; ++i) lText += "    " + lName(c, i - 1) + " " + lName(c, i) + "\n";
+    lText += "  end\n";
+
+    ASSERT_TRUE(Read(lText));
+    ASSERT_EQ(mScene.mRoot->mChildren.GetCount(), lChains);
+    for (int c = 0; c < lChains; c += 111) EXPECT_STREQ(mScene.mRoot->mChildren[c]->mName, lName(c, 0).c_str());
+    const OrvAsfNode* lLast = mScene.mRoot->Find(lName(lChains - 1, lLength - 1).c_str());
+    ASSERT_NE(lLast, nullptr);
+    EXPECT_EQ(DepthOf(lLast), lLength);
+    EXPECT_EQ(CountSoundBones(mScene.mRoot), static_cast<size_t>(lChains * lLength + 1));
+}
+
+TEST_F(HostileSkeleton, SharedNamesStillMeanTheFirstBoneInPreOrderWhenTheLineIsRead)
+{
+    // Bones a (rx), a (ry), c, y, z under the root. "a y" finds the first a; "c a" moves that a
+    // below c, after which the first a in pre-order is the second one, so "a z" fills it:
+    //   root
+    //   +-- a (ry) -- z
+    //   +-- c -- a (rx) -- y
+    ASSERT_TRUE(Read(kRoot + ":bonedata\n" + BoneBlock("a") + BoneBlock("a", "    dof ry\n") + BoneBlock("c") +
+                     BoneBlock("y") + BoneBlock("z") + ":hierarchy\n  begin\n    a y\n    c a\n    a z\n  end\n"));
+    EXPECT_EQ(TreeText(mScene.mRoot), "root(a(z) c(a(y)))");
+    EXPECT_EQ(mScene.mRoot->mChildren[0]->mDof[0], 4);
+    EXPECT_EQ(mScene.mRoot->mChildren[1]->mChildren[0]->mDof[0], 5);
+}
+
+TEST_F(HostileSkeleton, ChainAtTheDepthLimitImportsIntoHostNodes)
+{
+    // The import path walks the tree recursively; the depth limit keeps it well within the stack.
+    ASSERT_TRUE(Read(ChainSkeleton(kLimit)));
+    hosttest::ScenePointer lHost = hosttest::CreateHostScene("Take");
+    mScene.mRoot->CreateDataFromDOF(lHost.get());
+    const std::string lMotion = "1\nb1 10\nb1000 20\n2\nb1 30\nb1000 40\n";
+    orvasf::AmcReader lReader;
+    const orvasf::AmcReadSettings lSettings;
+    ASSERT_TRUE(lReader.Read(lMotion.data(), lMotion.size(), "chain.amc", mScene, lSettings).mSucceeded);
+    OrvNode* lRoot = mScene.ASFToORV(lHost.get(), "Take", true, false, false);
+    lHost->GetRootNode()->AddChild(lRoot);
+    const OrvNode* lEnd = lRoot->FindChild("b1000_End");
+    ASSERT_NE(lEnd, nullptr);
+    int lDepth = 0;
+    for (const OrvNode* lNode = lEnd; lNode != lRoot; lNode = lNode->GetParent()) ++lDepth;
+    EXPECT_EQ(lDepth, kLimit + 1);
+}
+
+TEST(HostileTree, WalksSurviveAHundredThousandBoneChain)
+{
+    // root - b1 - b2 - ... - b100000, built in code, past the reader's depth limit. Odd bones
+    // have no DOF (dummies); the last bone has length 0 (an end site).
+    OrvAsfScene lScene;
+    std::strcpy(lScene.mName, "chain");
+    lScene.mRoot = MakeBone("root", {0, 1, 2, 5, 4, 3});
+    OrvAsfNode* lBone = lScene.mRoot;
+    for (int i = 1; i <= kHugeBoneCount; ++i)
+    {
+        lBone = MakeBone(BoneName(i).c_str(), i % 2 == 0 ? std::vector<int>{5} : std::vector<int>{}, lBone);
+        lBone->mDirection = OrvVector4(0, 1, 0);
+        lBone->mLength = i == kHugeBoneCount ? 0.0 : 1.0;
+    }
+    EXPECT_EQ(lScene.mRoot->Find(BoneName(kHugeBoneCount).c_str()), lBone);
+    EXPECT_EQ(lScene.mRoot->Find("missing"), nullptr);
+
+    lScene.mRoot->SetupPosition(false, false);
+    EXPECT_DOUBLE_EQ(lBone->mLocalTranslation[1], 1.0);
+
+    // The writer walks the whole chain; reading it back stops at the depth limit.
+    const std::string lPath = TempPath("chain.asf");
+    {
+        OrvFileAcclaimAsf lOut(false);
+        ASSERT_TRUE(lOut.Create(lPath.c_str()));
+        EXPECT_TRUE(lOut.Write(&lScene));
+        EXPECT_TRUE(lOut.Close());
+    }
+    OrvFileAcclaimAsf lIn(false);
+    OrvAsfScene lAgain;
+    ASSERT_TRUE(lIn.Open(lPath.c_str()));
+    EXPECT_FALSE(lIn.Read(&lAgain, false, false, false));
+    EXPECT_EQ(Messages(lIn).back(), "E: Bone b1001 lies deeper than 1000 bones below the root");
+    std::remove(lPath.c_str());
+
+    // Removing the dummies halves the chain; then the end site goes.
+    lScene.mRoot->RemoveDummy(false, false);
+    EXPECT_EQ(CountSoundBones(lScene.mRoot), static_cast<size_t>(kHugeBoneCount / 2 + 1));
+    EXPECT_EQ(lScene.mRoot->Find(BoneName(kHugeBoneCount).c_str()), lBone);
+    EXPECT_EQ(lBone->mParent->mParent, lScene.mRoot->Find(BoneName(kHugeBoneCount - 4).c_str()));
+    lScene.mRoot->RemoveEndSite();
+    EXPECT_EQ(CountSoundBones(lScene.mRoot), static_cast<size_t>(kHugeBoneCount / 2));
+    EXPECT_EQ(lScene.mRoot->Find(BoneName(kHugeBoneCount).c_str()), nullptr);
+    // The scene's destructor takes the remaining 50000-bone chain apart.
+}
+
+// --- Size -------------------------------------------------------------------------------------
+
+TEST_F(HostileSkeleton, HundredMegabyteLineIsReadThrough)
+{
+    const std::string lText = ":documentation\n" + std::string(100u << 20, 'x') + "\n" + kRoot + ":bonedata\n" +
+                              BoneBlock("a") + ":hierarchy\n";
+    ASSERT_TRUE(Read(lText));
+    EXPECT_EQ(TreeText(mScene.mRoot), "root(a)");
+}
+
+TEST_F(HostileSkeleton, MegabyteNameIsCutToTheNameLimitWhereverItIsRead)
+{
+    const std::string lLong(1u << 20, 'n');
+    ASSERT_TRUE(Read(kRoot + ":bonedata\n" + BoneBlock(lLong) + BoneBlock("a") + ":hierarchy\n  begin\n    " + lLong +
+                     " a\n  end\n"));
+    const std::string lKept(49, 'n');
+    EXPECT_EQ(TreeText(mScene.mRoot), "root(" + lKept + "(a))");
+    const std::string lWarning = "W: Name too long, truncated to 49 bytes (" + std::string(256, 'n') + "...)";
+    EXPECT_THAT(Messages(mFile), ElementsAre(lWarning, lWarning));
+}
+
+TEST_F(HostileSkeleton, MillionsOfValuesOnOneLineAreReadOnlyAsFarAsNeeded)
+{
+    std::string lOrder = "  order";
+    std::string lDofs = "    dof";
+    std::string lLimits = "    limits";
+    std::string lChildren = "    a";
+    for (int i = 0; i < 2000000; ++i)
+    {
+        lOrder += " TX";
+        lDofs += " rx";
+        lLimits += " (-1 1)";
+        lChildren += " b";
+    }
+    ASSERT_TRUE(Read(":root\n" + lOrder + "\n:bonedata\n" + BoneBlock("a", lDofs + "\n" + lLimits + "\n") +
+                     BoneBlock("b") + ":hierarchy\n  begin\n" + lChildren + "\n  end\n"));
+    EXPECT_THAT(Messages(mFile), ElementsAre("W: Too many degrees of freedom, ignoring (TX)",
+                                             "W: Too many degrees of freedom, ignoring (rx)"));
+    EXPECT_EQ(mScene.mRoot->mDofCount, OrvAsfNode::kMaxDofs);
+    const OrvAsfNode* lBone = mScene.mRoot->Find("a");
+    EXPECT_EQ(lBone->mDofCount, OrvAsfNode::kMaxDofs);
+    EXPECT_TRUE(lBone->mLimitMinActive[5]);
+    EXPECT_EQ(TreeText(mScene.mRoot), "root(a(b))");
+}
+
+TEST_F(HostileSkeleton, MillionsOfBadLinesKeepTheFirstWarningsAndTheError)
+{
+    // Two million unknown lines in a bone block, each worth a warning, then a forbidden name.
+    std::string lJunk;
+    for (int i = 0; i < 2000000; ++i) lJunk += "    x\n";
+    EXPECT_FALSE(Read(kRoot + ":bonedata\n  begin\n" + lJunk + "    name root\n  end\n"));
+    const std::vector<std::string> lTexts = Messages(mFile);
+    const size_t lKept = OrvTextFile::kMaxKeptWarnings;
+    ASSERT_EQ(lTexts.size(), lKept + 2);
+    EXPECT_EQ(lTexts[lKept - 1], "W: Unknown bonedata token");
+    EXPECT_EQ(lTexts[lKept], "W: Too many warnings, the others are not reported");
+    EXPECT_EQ(lTexts.back(), "E: Forbidden bone name");
+    EXPECT_EQ(mFile.GetWarningCount(), 2000000);
+    EXPECT_EQ(mFile.GetErrorCount(), 1);
+}
+
+// --- Numbers ----------------------------------------------------------------------------------
+
+TEST(HostileNumbers, OutOfRangeAndNotANumberAreRefusedWithTheReadersMessages)
+{
+    struct Case
+    {
+        std::string mBoneLine;
+        bool mRead;
+        std::string mMessage;
+    };
+    const Case lCases[] = {
+        {"    length 1e400\n", false, "E: Can't read bone length"},
+        {"    length nan\n", false, "E: Can't read bone length"},
+        {"    direction 1 nan 0\n", false, "E: Can't read bone direction"},
+        {"    direction 1 -1e400 0\n", false, "E: Can't read bone direction"},
+        {"    axis 0 nan 0 XYZ\n", false, "E: Can't read bone local coordinate system"},
+        {"    dof rx\n    limits (1e400 0)\n", false, "E: Can't read dof limits"},
+        {"    dof rx\n    limits (NaN 0)\n", false, "E: Can't read dof limits"},
+        {"    id 1e400\n", true, "W: Can't read bone id value"},
+        {"    bodymass nan\n", true, "W: Can't read bodymass value"},
+    };
+    for (const Case& lCase : lCases)
+    {
+        OrvFileAcclaimAsf lFile(false);
+        OrvAsfScene lScene;
+        const std::string lText = kRoot + ":bonedata\n  begin\n    name a\n    direction 0 1 0\n    length 1\n" +
+                                  lCase.mBoneLine + "  end\n:hierarchy\n";
+        EXPECT_EQ(ReadText(lFile, lScene, lText), lCase.mRead) << lCase.mBoneLine;
+        EXPECT_THAT(Messages(lFile), ElementsAre(lCase.mMessage)) << lCase.mBoneLine;
+    }
+}
+
+TEST(HostileNumbers, HeaderValuesOutOfRangeKeepTheirDefaults)
+{
+    OrvFileAcclaimAsf lFile(false);
+    OrvAsfScene lScene;
+    ASSERT_TRUE(ReadText(lFile, lScene,
+                         ":version 1e400\n:units\n  mass nan\n  length 1e-400\n:root\n  position nan 0 0\n"
+                         "  orientation 1e400 0 0\n:hierarchy\n"));
+    EXPECT_THAT(Messages(lFile), ElementsAre("W: Can't read file format version (1e400), trying version 1.10",
+                                             "W: Can't read mass unit, using 1.000000",
+                                             "W: Can't read length unit, using 1.000000",
+                                             "W: Can't read position, using 0.0 0.0 0.0",
+                                             "W: Can't read orientation, using 0.0 0.0 0.0"));
+    EXPECT_EQ(lScene.mMassUnit, 1.0);
+    EXPECT_EQ(lScene.mLengthUnit, 1.0);
+    EXPECT_EQ(lScene.mRoot->mPosition[0], 0.0);
+}
+
+TEST(HostileNumbers, InfiniteUnitsAreRefusedAndNoLengthBecomesNotANumber)
+{
+    // An infinite length unit would make every length 0, and an infinite length NaN.
+    OrvFileAcclaimAsf lFile(false);
+    OrvAsfScene lScene;
+    const std::string lUnits = ":units\n  mass inf\n  length -inf\n";
+    ASSERT_TRUE(ReadText(lFile, lScene, lUnits + kRoot + ":bonedata\n" + BoneBlock("a") + ":hierarchy\n"));
+    EXPECT_THAT(Messages(lFile), ElementsAre("W: Can't read mass unit, using 1.000000",
+                                             "W: Can't read length unit, using 1.000000"));
+    EXPECT_EQ(lScene.mLengthUnit, 1.0);
+}
+
+TEST(HostileNumbers, ZeroLengthStaysZeroWhenATinyUnitOverflowsTheFactor)
+{
+    // 2.54 / 1e-308 is beyond the largest double: a length of 1 becomes infinite, one of 0 stays
+    // 0 (not 0 times infinity), and the skeleton writes and reads back.
+    OrvFileAcclaimAsf lFile(false);
+    OrvAsfScene lScene;
+    ASSERT_TRUE(ReadText(lFile, lScene,
+                         ":name tiny\n  length 1e-308\n" + kRoot + ":bonedata\n" + BoneBlock("a") +
+                             "  begin\n    name z\n    direction 0 1 0\n    length 0\n  end\n:hierarchy\n"));
+    EXPECT_TRUE(std::isinf(lScene.mRoot->Find("a")->mLength));
+    EXPECT_EQ(lScene.mRoot->Find("z")->mLength, 0.0);
+
+    const std::string lPath = TempPath("tiny_unit.asf");
+    OrvFileAcclaimAsf lOut(false);
+    ASSERT_TRUE(lOut.Create(lPath.c_str()));
+    ASSERT_TRUE(lOut.Write(&lScene));
+    ASSERT_TRUE(lOut.Close());
+    OrvFileAcclaimAsf lIn(false);
+    OrvAsfScene lAgain;
+    ASSERT_TRUE(lIn.Open(lPath.c_str()));
+    EXPECT_TRUE(lIn.Read(&lAgain, false, false, false));
+    EXPECT_EQ(lAgain.mRoot->Find("z")->mLength, 0.0);
+    std::remove(lPath.c_str());
+}
