@@ -121,7 +121,7 @@ done
 echo
 echo "Peak resident memory of orvasf import --summary against the key data (12 bytes per key):"
 read -r _ fixed_kb <<< "$(import_memory "$skeleton")"
-printf '  %-22s %10s %12s %12s %16s\n' input keys key_data_MB peak_MB "(peak-fixed)/key"
+printf '  %-22s %10s %12s %12s %16s\n' input keys key_data_MiB peak_MiB "(peak-fixed)/key"
 printf '  %-22s %10s %12s %12.1f\n' "skeleton only (fixed)" - - "$(awk -v k="$fixed_kb" 'BEGIN { print k / 1024 }')"
 for file in "$motion" "$work/motion_x4.amc" "$work/motion_x16.amc"; do
   read -r keys peak_kb <<< "$(import_memory "$skeleton" "$file")"
