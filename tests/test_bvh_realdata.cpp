@@ -38,16 +38,10 @@ namespace {
 using shareddata::kMotionPairs;
 using shareddata::MotionPair;
 
-// Under the sanitizers the long motions are left out, every kSanitizedStride-th frame is checked
-// (and the last) and only the two uniform flag settings run, which keeps the suite quick; what is
-// skipped repeats what the rest covers.
-#if defined(__SANITIZE_ADDRESS__)
-const bool kSanitized = true;
-#else
-const bool kSanitized = false;
-#endif
-const size_t kSanitizedStride = 10;
-const int kSanitizedMaxFrames = 600;
+// Under the sanitizers only the two uniform flag settings run as well.
+using shareddata::kSanitized;
+using shareddata::kSanitizedMaxFrames;
+using shareddata::kSanitizedStride;
 
 const char* const kBvhFiles[] = {"cgspeed_01_01", "freebvh_mixamo", "imusim_16_15",
                                  "mocapbank",     "pfnn_hierarchy", "pymo_AV_8Walk_Meredith_HVHA_Rep1"};

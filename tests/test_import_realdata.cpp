@@ -27,16 +27,9 @@ namespace {
 using shareddata::kMotionPairs;
 using shareddata::MotionPair;
 
-// Under the sanitizers the long motions are left out and only every kSanitizedStride-th frame
-// (and the last) is evaluated, so the suite stays quick there; the skipped work repeats what the
-// checked frames already cover.
-#if defined(__SANITIZE_ADDRESS__)
-const bool kSanitized = true;
-#else
-const bool kSanitized = false;
-#endif
-const size_t kSanitizedStride = 10;
-const size_t kSanitizedMaxFrames = 600;
+using shareddata::kSanitized;
+using shareddata::kSanitizedMaxFrames;
+using shareddata::kSanitizedStride;
 
 // The two set-up flags, and the host settings of the flush.
 struct Flags

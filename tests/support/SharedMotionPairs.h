@@ -2,6 +2,7 @@
 #ifndef ORVASF_TESTS_SUPPORT_SHAREDMOTIONPAIRS_H
 #define ORVASF_TESTS_SUPPORT_SHAREDMOTIONPAIRS_H
 
+#include <cstddef>
 #include <ostream>
 
 namespace shareddata {
@@ -34,6 +35,17 @@ inline constexpr MotionPair kMotionPairs[] = {
     {"mo_golf", "mo_golf_01"},
     {"cmu_01", "mo_null_pose"},  // a single frame; it fits any of the 30-bone skeletons
 };
+
+// Under the sanitizers the real-data suites leave the long motions out and check only every
+// kSanitizedStride-th frame (and the last), which keeps them quick; what is skipped repeats what
+// the checked frames cover.
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr bool kSanitized = true;
+#else
+inline constexpr bool kSanitized = false;
+#endif
+inline constexpr size_t kSanitizedStride = 10;
+inline constexpr int kSanitizedMaxFrames = 600;
 
 } // namespace shareddata
 
