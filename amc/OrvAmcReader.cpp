@@ -398,7 +398,10 @@ bool AmcReader::HandleFrameNumber(std::string_view pToken, std::string_view pRes
     }
     mInFrames = true;
     mFrameNumber = lFrame;
-    mFrameTime = orvsdk::OrvTime::FromFrame(mFrameNumber - mResult.mFirstFrame, pSettings.mFramesPerSecond);
+    // In 64 bits: frame numbers may lie anywhere in the int range, so their distance may not.
+    mFrameTime = orvsdk::OrvTime::FromFrame(
+        static_cast<double>(static_cast<int64_t>(mFrameNumber) - static_cast<int64_t>(mResult.mFirstFrame)),
+        pSettings.mFramesPerSecond);
     mResult.mLastFrame = lFrame;
     ++mResult.mFrameCount;
     mLineInFrame = 0;

@@ -4,6 +4,8 @@
 # after the other. Exits non-zero as soon as a target reports a crash, a leak, a timeout or a
 # sanitizer error; its input is then in build/fuzz/artifacts/TARGET/.
 #
+# Runs start from the seed FUZZ_SEED (default 1), so a CI run repeats itself.
+#
 # Usage: fuzz/run.sh [SECONDS [TARGET...]]
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -42,7 +44,7 @@ for target in "${targets[@]}"; do
   # A larger corpus from the shared data, when fuzz/build_local_corpus.sh has made one.
   [ -d "fuzz/local-corpus/$target" ] && inputs+=("fuzz/local-corpus/$target")
   echo "== $target: ${seconds} s =="
-  "$build/fuzz/$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
+  "$build/fuzz/$target" -seed="${FUZZ_SEED:-1}" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
     -dict="$(dictionary_for "$target")" -artifact_prefix="$artifacts/" "${inputs[@]}" \
     2>"$build/$target.log" || {
     status=$?
