@@ -185,29 +185,29 @@ using FilePointer = std::unique_ptr<std::FILE, FileCloser>;
 
 } // namespace
 
-AmcReadResult AmcReader::Read(const char* pPath, orvsdk::OrvAsfScene& pScene, const AmcReadSettings& pSettings)
+OrvAmcReadResult OrvAmcReader::Read(const char* pPath, orvsdk::OrvAsfScene& pScene, const OrvAmcReadSettings& pSettings)
 {
     mFileName = pPath;
     struct stat lStat;
     if (::stat(pPath, &lStat) == 0 && S_ISDIR(lStat.st_mode))
     {
-        AmcReadResult lResult;
-        lResult.mMessages.push_back({AmcMessage::eError, 0, "Is a directory"});
+        OrvAmcReadResult lResult;
+        lResult.mMessages.push_back({OrvAmcMessage::eError, 0, "Is a directory"});
         return lResult;
     }
     FilePointer lFile(std::fopen(pPath, "rb"));
     if (!lFile)
     {
-        AmcReadResult lResult;
-        lResult.mMessages.push_back({AmcMessage::eError, 0, std::strerror(errno)});
+        OrvAmcReadResult lResult;
+        lResult.mMessages.push_back({OrvAmcMessage::eError, 0, std::strerror(errno)});
         return lResult;
     }
     const uint64_t lSize = S_ISREG(lStat.st_mode) ? static_cast<uint64_t>(lStat.st_size) : 0;
     return ReadStream(lFile.get(), lSize, pScene, pSettings);
 }
 
-AmcReadResult AmcReader::Read(const char* pText, size_t pSize, const char* pName, orvsdk::OrvAsfScene& pScene,
-                              const AmcReadSettings& pSettings)
+OrvAmcReadResult OrvAmcReader::Read(const char* pText, size_t pSize, const char* pName, orvsdk::OrvAsfScene& pScene,
+                              const OrvAmcReadSettings& pSettings)
 {
     mFileName = pName;
     // fmemopen refuses a zero-size buffer: an empty text is read as a single line end.
@@ -216,31 +216,31 @@ AmcReadResult AmcReader::Read(const char* pText, size_t pSize, const char* pName
                                 : fmemopen(const_cast<char*>(sLineEnd), sizeof(sLineEnd), "rb"));
     if (!lFile)
     {
-        AmcReadResult lResult;
-        lResult.mMessages.push_back({AmcMessage::eError, 0, std::strerror(errno)});
+        OrvAmcReadResult lResult;
+        lResult.mMessages.push_back({OrvAmcMessage::eError, 0, std::strerror(errno)});
         return lResult;
     }
     return ReadStream(lFile.get(), pSize, pScene, pSettings);
 }
 
-std::string AmcReader::FormatMessage(const AmcMessage& pMessage) const
+std::string OrvAmcReader::FormatMessage(const OrvAmcMessage& pMessage) const
 {
     std::string lText = mFileName + ":";
     if (pMessage.mLine > 0) lText += std::to_string(pMessage.mLine) + ":";
-    lText += pMessage.mKind == AmcMessage::eError ? " error: " : " warning: ";
+    lText += pMessage.mKind == OrvAmcMessage::eError ? " error: " : " warning: ";
     return lText + pMessage.mText;
 }
 
-bool AmcReader::ParseValue(std::string_view pToken, double& pValue)
+bool OrvAmcReader::ParseValue(std::string_view pToken, double& pValue)
 {
     const char* const lEnd = pToken.data() + pToken.size();
     return ReadShortDecimal(pToken.data(), lEnd, pValue) == lEnd || ParseWithFromChars(pToken, pValue);
 }
 
-AmcReadResult AmcReader::ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::OrvAsfScene& pScene,
-                                    const AmcReadSettings& pSettings)
+OrvAmcReadResult OrvAmcReader::ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::OrvAsfScene& pScene,
+                                    const OrvAmcReadSettings& pSettings)
 {
-    mResult = AmcReadResult();
+    mResult = OrvAmcReadResult();
     mBuffer.assign(kChunkSize, '\0');
     mBufferStart = mBufferEnd = 0;
     mEndOfInput = false;
@@ -256,7 +256,7 @@ AmcReadResult AmcReader::ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::Or
     orvsdk::OrvAsfNode* lRoot = pScene.mRoot;
     if (!lRoot)
     {
-        Message(AmcMessage::eError, "The skeleton has no root");
+        Message(OrvAmcMessage::eError, "The skeleton has no root");
         return mResult;
     }
     IndexBones(lRoot);
@@ -273,13 +273,13 @@ AmcReadResult AmcReader::ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::Or
         if (lRead == ELineResult::eEnd) break;
         if (lRead == ELineResult::eTooLong)
         {
-            Message(AmcMessage::eError, "Line longer than " + std::to_string(kMaxLineLength) + " bytes");
+            Message(OrvAmcMessage::eError, "Line longer than " + std::to_string(kMaxLineLength) + " bytes");
             lOk = false;
             break;
         }
         if (lRead == ELineResult::eReadError)
         {
-            Message(AmcMessage::eError, std::string("Read error: ") + std::strerror(errno));
+            Message(OrvAmcMessage::eError, std::string("Read error: ") + std::strerror(errno));
             lOk = false;
             break;
         }
@@ -295,14 +295,14 @@ AmcReadResult AmcReader::ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::Or
         }
     }
     if (pSettings.mSampleValues) lRoot->StopSamplingData();
-    if (lOk && mResult.mFrameCount == 0) Message(AmcMessage::eWarning, "No frame in the file");
+    if (lOk && mResult.mFrameCount == 0) Message(OrvAmcMessage::eWarning, "No frame in the file");
     mResult.mSucceeded = lOk;
     mResult.mAllJointsThreeDof = mAllJointsThreeDof;
     mBones.clear();
     return mResult;
 }
 
-AmcReader::ELineResult AmcReader::ReadLine(std::FILE* pFile, std::string_view& pLine)
+OrvAmcReader::ELineResult OrvAmcReader::ReadLine(std::FILE* pFile, std::string_view& pLine)
 {
     for (;;)
     {
@@ -337,7 +337,7 @@ AmcReader::ELineResult AmcReader::ReadLine(std::FILE* pFile, std::string_view& p
     }
 }
 
-bool AmcReader::HandleLine(std::string_view pLine, const AmcReadSettings& pSettings)
+bool OrvAmcReader::HandleLine(std::string_view pLine, const OrvAmcReadSettings& pSettings)
 {
     std::string_view lRest = pLine;
     const std::string_view lFirst = NextToken(lRest);
@@ -346,17 +346,17 @@ bool AmcReader::HandleLine(std::string_view pLine, const AmcReadSettings& pSetti
     if (LooksNumeric(lFirst)) return HandleFrameNumber(lFirst, lRest, pSettings);
     if (!mInFrames)
     {
-        Message(AmcMessage::eError, "Frame number expected before bone line (" + Quote(lFirst) + ")");
+        Message(OrvAmcMessage::eError, "Frame number expected before bone line (" + Quote(lFirst) + ")");
         return false;
     }
     return HandleBoneLine(lFirst, lRest, pSettings);
 }
 
-bool AmcReader::HandleHeader(std::string_view pToken)
+bool OrvAmcReader::HandleHeader(std::string_view pToken)
 {
     if (mInFrames)
     {
-        Message(AmcMessage::eError, "Header keyword inside the frames (" + Quote(pToken) + ")");
+        Message(OrvAmcMessage::eError, "Header keyword inside the frames (" + Quote(pToken) + ")");
         return false;
     }
     if (EqualsNoCase(pToken, ":RADIANS"))
@@ -369,21 +369,21 @@ bool AmcReader::HandleHeader(std::string_view pToken)
     else if (EqualsNoCase(pToken, ":FORCE-ALL-JOINTS-BE-3DOF"))
         mAllJointsThreeDof = true;
     else if (!EqualsNoCase(pToken, ":FULLY-SPECIFIED"))
-        Message(AmcMessage::eWarning, "Ignoring unknown header keyword (" + Quote(pToken) + ")");
+        Message(OrvAmcMessage::eWarning, "Ignoring unknown header keyword (" + Quote(pToken) + ")");
     return true;
 }
 
-bool AmcReader::HandleFrameNumber(std::string_view pToken, std::string_view pRest, const AmcReadSettings& pSettings)
+bool OrvAmcReader::HandleFrameNumber(std::string_view pToken, std::string_view pRest, const OrvAmcReadSettings& pSettings)
 {
     int lFrame = 0;
     if (!ParseInteger(pToken, lFrame) || !NextToken(pRest).empty())
     {
-        Message(AmcMessage::eError, "Bad frame number (" + Quote(pToken) + ")");
+        Message(OrvAmcMessage::eError, "Bad frame number (" + Quote(pToken) + ")");
         return false;
     }
     if (mInFrames && lFrame <= mFrameNumber)
     {
-        Message(AmcMessage::eError, "Frame number " + std::to_string(lFrame) + " does not follow frame " +
+        Message(OrvAmcMessage::eError, "Frame number " + std::to_string(lFrame) + " does not follow frame " +
                                         std::to_string(mFrameNumber));
         return false;
     }
@@ -408,7 +408,7 @@ bool AmcReader::HandleFrameNumber(std::string_view pToken, std::string_view pRes
     return true;
 }
 
-bool AmcReader::HandleBoneLine(std::string_view pName, std::string_view pRest, const AmcReadSettings& pSettings)
+bool OrvAmcReader::HandleBoneLine(std::string_view pName, std::string_view pRest, const OrvAmcReadSettings& pSettings)
 {
     orvsdk::OrvAsfNode* lBone = ResolveBone(pName);
     if (!lBone) return true;
@@ -431,7 +431,7 @@ bool AmcReader::HandleBoneLine(std::string_view pName, std::string_view pRest, c
             const std::string_view lToken(p, static_cast<size_t>(lTokenEnd - p));
             if (!ParseWithFromChars(lToken, lValues[lCount]))
             {
-                Message(AmcMessage::eError, "Not a number (" + Quote(lToken) + ")");
+                Message(OrvAmcMessage::eError, "Not a number (" + Quote(lToken) + ")");
                 return false;
             }
         }
@@ -439,7 +439,7 @@ bool AmcReader::HandleBoneLine(std::string_view pName, std::string_view pRest, c
     }
     if (lCount != lExpected)
     {
-        Message(AmcMessage::eError, "Bone " + Quote(pName) + " takes " + std::to_string(lExpected) +
+        Message(OrvAmcMessage::eError, "Bone " + Quote(pName) + " takes " + std::to_string(lExpected) +
                                         " values, the line holds " + std::to_string(lCount));
         return false;
     }
@@ -449,12 +449,12 @@ bool AmcReader::HandleBoneLine(std::string_view pName, std::string_view pRest, c
     return true;
 }
 
-int AmcReader::ExpectedValueCount(const orvsdk::OrvAsfNode& pBone) const
+int OrvAmcReader::ExpectedValueCount(const orvsdk::OrvAsfNode& pBone) const
 {
     return mAllJointsThreeDof && pBone.mDofCount < 3 ? 3 : pBone.mDofCount;
 }
 
-void AmcReader::ReserveKeys() const
+void OrvAmcReader::ReserveKeys() const
 {
     // The first frame's size tells roughly how many frames the file holds (within a few per cent
     // in real files): the curves make room for them at once, plus a margin, so that they grow
@@ -475,7 +475,7 @@ void AmcReader::ReserveKeys() const
     }
 }
 
-orvsdk::OrvAsfNode* AmcReader::ResolveBone(std::string_view pName)
+orvsdk::OrvAsfNode* OrvAmcReader::ResolveBone(std::string_view pName)
 {
     // Files list the bones in the same order in every frame: try the bone of the same line slot in
     // the previous frame before the name index.
@@ -492,12 +492,12 @@ orvsdk::OrvAsfNode* AmcReader::ResolveBone(std::string_view pName)
     // An unknown name: warned about once, and remembered by its own copy so that its later lines
     // are skipped without a lookup.
     const auto lUnknown = mUnknownBones.emplace(std::string(pName), true);
-    if (lUnknown.second) Message(AmcMessage::eWarning, "Unknown bone (" + Quote(pName) + "), its lines are skipped");
+    if (lUnknown.second) Message(OrvAmcMessage::eWarning, "Unknown bone (" + Quote(pName) + "), its lines are skipped");
     lPrediction = {std::string_view(lUnknown.first->first), nullptr};
     return nullptr;
 }
 
-void AmcReader::IndexBones(orvsdk::OrvAsfNode* pRoot)
+void OrvAmcReader::IndexBones(orvsdk::OrvAsfNode* pRoot)
 {
     // The first bone met depth-first wins a duplicated name, like the skeleton's own search.
     mBones.clear();
@@ -511,7 +511,7 @@ void AmcReader::IndexBones(orvsdk::OrvAsfNode* pRoot)
     }
 }
 
-void AmcReader::Message(AmcMessage::EKind pKind, std::string pText)
+void OrvAmcReader::Message(OrvAmcMessage::EKind pKind, std::string pText)
 {
     mResult.mMessages.push_back({pKind, mLineNumber, std::move(pText)});
 }

@@ -19,7 +19,7 @@ class OrvAsfNode;
 namespace orvasf {
 
 // One warning or error met while reading a motion file.
-struct AmcMessage
+struct OrvAmcMessage
 {
     enum EKind
     {
@@ -32,7 +32,7 @@ struct AmcMessage
 };
 
 // How a motion file is turned into keys.
-struct AmcReadSettings
+struct OrvAmcReadSettings
 {
     double mFramesPerSecond = 120.0;
     // The two set-up flags; they must be the ones the skeleton was read with and the ones node
@@ -49,7 +49,7 @@ struct AmcReadSettings
 };
 
 // Summary of one read.
-struct AmcReadResult
+struct OrvAmcReadResult
 {
     bool mSucceeded = false;
     int mFrameCount = 0;
@@ -57,7 +57,7 @@ struct AmcReadResult
     int mLastFrame = 0;
     bool mRadians = false;
     bool mAllJointsThreeDof = false;  // the file said ":FORCE-ALL-JOINTS-BE-3DOF"
-    std::vector<AmcMessage> mMessages;
+    std::vector<OrvAmcMessage> mMessages;
 };
 
 // Reader of Acclaim AMC motion files. It streams the file (memory stays bounded by the curves
@@ -86,21 +86,21 @@ struct AmcReadResult
 // bone line before the first frame, a line longer than kMaxLineLength, an unreadable file. A bone
 // name the skeleton does not have draws one warning and its lines are skipped. After an error
 // the run is still closed (StopSamplingData), but the caller must not build nodes from it.
-class AmcReader
+class OrvAmcReader
 {
 public:
     static constexpr size_t kMaxLineLength = 1 << 20;
 
     // Reads the file at pPath into pScene's skeleton. The skeleton must hold a root whose curves
     // were created (CreateDataFromDOF). mSucceeded tells whether the whole file was read.
-    AmcReadResult Read(const char* pPath, orvsdk::OrvAsfScene& pScene, const AmcReadSettings& pSettings);
+    OrvAmcReadResult Read(const char* pPath, orvsdk::OrvAsfScene& pScene, const OrvAmcReadSettings& pSettings);
     // The same from pSize bytes of text in memory; pName stands for the file in messages.
-    AmcReadResult Read(const char* pText, size_t pSize, const char* pName, orvsdk::OrvAsfScene& pScene,
-                       const AmcReadSettings& pSettings);
+    OrvAmcReadResult Read(const char* pText, size_t pSize, const char* pName, orvsdk::OrvAsfScene& pScene,
+                       const OrvAmcReadSettings& pSettings);
 
     // "FILE:LINE: warning: TEXT" (or "FILE: error: TEXT" for line 0), with the file name of the
     // last read.
-    std::string FormatMessage(const AmcMessage& pMessage) const;
+    std::string FormatMessage(const OrvAmcMessage& pMessage) const;
 
     // Reads a whole value token as the reader does: true with the nearest double (the value
     // std::from_chars gives) for a decimal number or an infinity, an optional leading '+'
@@ -110,8 +110,8 @@ public:
     static bool ParseValue(std::string_view pToken, double& pValue);
 
 private:
-    AmcReadResult ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::OrvAsfScene& pScene,
-                             const AmcReadSettings& pSettings);
+    OrvAmcReadResult ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::OrvAsfScene& pScene,
+                             const OrvAmcReadSettings& pSettings);
     enum class ELineResult
     {
         eLine,
@@ -120,15 +120,15 @@ private:
         eReadError
     };
     ELineResult ReadLine(std::FILE* pFile, std::string_view& pLine);
-    bool HandleLine(std::string_view pLine, const AmcReadSettings& pSettings);
+    bool HandleLine(std::string_view pLine, const OrvAmcReadSettings& pSettings);
     bool HandleHeader(std::string_view pToken);
-    bool HandleFrameNumber(std::string_view pToken, std::string_view pRest, const AmcReadSettings& pSettings);
-    bool HandleBoneLine(std::string_view pName, std::string_view pRest, const AmcReadSettings& pSettings);
+    bool HandleFrameNumber(std::string_view pToken, std::string_view pRest, const OrvAmcReadSettings& pSettings);
+    bool HandleBoneLine(std::string_view pName, std::string_view pRest, const OrvAmcReadSettings& pSettings);
     int ExpectedValueCount(const orvsdk::OrvAsfNode& pBone) const;
     void ReserveKeys() const;
     orvsdk::OrvAsfNode* ResolveBone(std::string_view pName);
     void IndexBones(orvsdk::OrvAsfNode* pRoot);
-    void Message(AmcMessage::EKind pKind, std::string pText);
+    void Message(OrvAmcMessage::EKind pKind, std::string pText);
 
     std::string mFileName;
     std::vector<char> mBuffer;  // a window of the file; holds at least one whole line
@@ -157,7 +157,7 @@ private:
     orvsdk::OrvTime mFrameTime;
     double mTranslationFactor = 1.0;
     double mRotationFactor = 1.0;
-    AmcReadResult mResult;
+    OrvAmcReadResult mResult;
 };
 
 } // namespace orvasf

@@ -39,7 +39,7 @@ struct OrvAmcWriteSettings
 // its frame's inverse; a bone starts where its parent ends, moved by its translation DOFs - puts
 // every bone's joint where the host puts its node, as far as the DOFs allow: with three rotation
 // DOFs each bound bone takes its node's world rotation exactly, and translation DOFs carry any
-// change of a joint's offset from the rest offset. Reading the file back with AmcReader against
+// change of a joint's offset from the rest offset. Reading the file back with OrvAmcReader against
 // the written skeleton and importing it therefore reproduces the host's world joint positions.
 // A bone with DOFs but no node is written at its rest pose (zeros).
 //

@@ -159,7 +159,7 @@ inline Motion SplitMotion(std::string_view pText, orvsdk::OrvAsfScene& pScene, s
         for (int i = 0; i < lBone->mDofCount; ++i)
         {
             double lValue = 0.0;
-            if (static_cast<size_t>(i) + 1 < lTokens.size()) orvasf::AmcReader::ParseValue(lTokens[i + 1], lValue);
+            if (static_cast<size_t>(i) + 1 < lTokens.size()) orvasf::OrvAmcReader::ParseValue(lTokens[i + 1], lValue);
             lMotion.mValues.push_back(lValue);
         }
     }

@@ -29,9 +29,9 @@ std::vector<orvsdk::OrvNode*> CollectNodes(orvsdk::OrvNode* pRoot)
 bool PairReadable(benchmark::State& pState, const MotionPair& pPair)
 {
     OrvAsfScene lAsf;
-    orvasf::AmcReadSettings lSettings;
+    orvasf::OrvAmcReadSettings lSettings;
     lSettings.mSampleValues = false;
-    orvasf::AmcReader lReader;
+    orvasf::OrvAmcReader lReader;
     if (ReadSkeleton(ReadWhole(pPair.mSkeleton), lAsf) && lReader.Read(pPair.mMotion.c_str(), lAsf, lSettings).mSucceeded)
         return true;
     pState.SkipWithError(("cannot read " + pPair.mSkeleton + " with " + pPair.mMotion).c_str());
@@ -65,13 +65,13 @@ void BM_AmcRead(benchmark::State& pState)
     if (!PairReadable(pState, lPair)) return;
     OrvAsfScene lAsf;
     ReadSkeleton(ReadWhole(lPair.mSkeleton), lAsf);
-    orvasf::AmcReadSettings lSettings;
+    orvasf::OrvAmcReadSettings lSettings;
     lSettings.mSampleValues = false;
     const auto lSize = static_cast<int64_t>(fs::file_size(lPair.mMotion));
     int64_t lFrames = 0;
     for (auto lIteration : pState)
     {
-        orvasf::AmcReader lReader;
+        orvasf::OrvAmcReader lReader;
         lFrames += lReader.Read(lPair.mMotion.c_str(), lAsf, lSettings).mFrameCount;
     }
     pState.SetBytesProcessed(pState.iterations() * lSize);
@@ -203,8 +203,8 @@ void BM_WholeImport(benchmark::State& pState)
         OrvAsfScene lAsf;
         ReadSkeleton(lSkeletonText, lAsf);
         lAsf.mRoot->CreateDataFromDOF(lHost.mScene);
-        orvasf::AmcReader lReader;
-        const orvasf::AmcReadResult lResult = lReader.Read(lPair.mMotion.c_str(), lAsf, orvasf::AmcReadSettings());
+        orvasf::OrvAmcReader lReader;
+        const orvasf::OrvAmcReadResult lResult = lReader.Read(lPair.mMotion.c_str(), lAsf, orvasf::OrvAmcReadSettings());
         orvsdk::OrvNode* lRoot = lAsf.ASFToORV(lHost.mScene, kTake, false, false, false);
         lHost.mScene->GetRootNode()->AddChild(lRoot);
         lFrames += lResult.mFrameCount;
@@ -226,8 +226,8 @@ void BM_WorldPositionsPerFrame(benchmark::State& pState)
     OrvAsfScene lAsf;
     ReadSkeleton(ReadWhole(lPair.mSkeleton), lAsf);
     lAsf.mRoot->CreateDataFromDOF(lHost.mScene);
-    orvasf::AmcReader lReader;
-    const orvasf::AmcReadResult lResult = lReader.Read(lPair.mMotion.c_str(), lAsf, orvasf::AmcReadSettings());
+    orvasf::OrvAmcReader lReader;
+    const orvasf::OrvAmcReadResult lResult = lReader.Read(lPair.mMotion.c_str(), lAsf, orvasf::OrvAmcReadSettings());
     const int lFrameCount = std::max(lResult.mFrameCount, 1);
     orvsdk::OrvNode* lRoot = lAsf.ASFToORV(lHost.mScene, kTake, false, false, false);
     lHost.mScene->GetRootNode()->AddChild(lRoot);

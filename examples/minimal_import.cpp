@@ -30,12 +30,12 @@ int ImportAndPrint(OrvScene* pScene, const char* pAsfPath, const char* pAmcPath)
     pScene->SetCurrentAnimationStack(lTake);
     lSkeleton.mRoot->CreateDataFromDOF(pScene);
 
-    orvasf::AmcReader lReader;
-    orvasf::AmcReadSettings lSettings;  // 120 frames per second
+    orvasf::OrvAmcReader lReader;
+    orvasf::OrvAmcReadSettings lSettings;  // 120 frames per second
     lSettings.mUseRotationOffset = lRotationOffset;
     lSettings.mUsePreRotation = lPreRotation;
-    const orvasf::AmcReadResult lMotion = lReader.Read(pAmcPath, lSkeleton, lSettings);
-    for (const orvasf::AmcMessage& lMessage : lMotion.mMessages)
+    const orvasf::OrvAmcReadResult lMotion = lReader.Read(pAmcPath, lSkeleton, lSettings);
+    for (const orvasf::OrvAmcMessage& lMessage : lMotion.mMessages)
         std::fprintf(stderr, "%s\n", lReader.FormatMessage(lMessage).c_str());
     if (!lMotion.mSucceeded) return 1;
 

@@ -122,16 +122,16 @@ inline void ImportMotion(const uint8_t* pText, size_t pSize, const ReadFlags& pF
                          HostScene& pHost)
 {
     pSkeleton.mRoot->CreateDataFromDOF(pHost.Get());
-    orvasf::AmcReadSettings lSettings;
+    orvasf::OrvAmcReadSettings lSettings;
     lSettings.mUseRotationOffset = pFlags.mUseRotationOffset;
     lSettings.mUsePreRotation = pFlags.mUsePreRotation;
-    orvasf::AmcReader lReader;
-    const orvasf::AmcReadResult lResult =
+    orvasf::OrvAmcReader lReader;
+    const orvasf::OrvAmcReadResult lResult =
         lReader.Read(reinterpret_cast<const char*>(pText), pSize, "fuzz.amc", pSkeleton, lSettings);
     bool lHasError = false;
-    for (const orvasf::AmcMessage& lMessage : lResult.mMessages)
+    for (const orvasf::OrvAmcMessage& lMessage : lResult.mMessages)
     {
-        lHasError = lHasError || lMessage.mKind == orvasf::AmcMessage::eError;
+        lHasError = lHasError || lMessage.mKind == orvasf::OrvAmcMessage::eError;
         Require(!lReader.FormatMessage(lMessage).empty(), "empty message");
     }
     Require(lHasError != lResult.mSucceeded, "the result disagrees with the error messages");

@@ -55,37 +55,12 @@ bool NamesAreUnique(const std::vector<BoneShape>& pShape)
     return true;
 }
 
-// The round-trip file of this process, in a private folder that is removed at exit.
-class RoundTripPath
+// The round-trip file of this process, in memory-backed /dev/shm when there is one. Each input
+// removes it again, so nothing is left behind when the fuzzer ends.
+std::string RoundTripPath()
 {
-public:
-    RoundTripPath()
-    {
-        const char* lBase = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
-        std::string lTemplate = std::string(lBase) + "/orvasf-fuzz-XXXXXX";
-        if (!mkdtemp(&lTemplate[0])) orvfuzz::Fail("cannot create the round-trip folder");
-        mFolder = lTemplate;
-        mFile = mFolder + "/roundtrip.asf";
-    }
-    ~RoundTripPath()
-    {
-        unlink(mFile.c_str());
-        rmdir(mFolder.c_str());
-    }
-    RoundTripPath(const RoundTripPath&) = delete;
-    RoundTripPath& operator=(const RoundTripPath&) = delete;
-
-    const char* Get() const { return mFile.c_str(); }
-
-private:
-    std::string mFolder;
-    std::string mFile;
-};
-
-const RoundTripPath& TheRoundTripPath()
-{
-    static const RoundTripPath sPath;
-    return sPath;
+    const char* lFolder = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
+    return std::string(lFolder) + "/orvasf-fuzz-" + std::to_string(getpid()) + ".asf";
 }
 
 void WriteAndReadBack(OrvAsfScene& pScene, const orvfuzz::ReadFlags& pFlags)
@@ -93,16 +68,18 @@ void WriteAndReadBack(OrvAsfScene& pScene, const orvfuzz::ReadFlags& pFlags)
     // The writer prints an empty skeleton name as it is, and the reader refuses a ":name" line
     // without a name; both follow the format's rules, so an unnamed skeleton gets a name first.
     if (pScene.mName[0] == '\0') std::strcpy(pScene.mName, "unnamed");
-    const char* lPath = TheRoundTripPath().Get();
+    const std::string lPath = RoundTripPath();
     {
         OrvFileAcclaimAsf lOut(false);
-        orvfuzz::Require(lOut.Create(lPath), "cannot create the round-trip file");
+        orvfuzz::Require(lOut.Create(lPath.c_str()), "cannot create the round-trip file");
         orvfuzz::Require(lOut.Write(&pScene), "writing failed");
         orvfuzz::Require(lOut.Close(), "closing the written file failed");
     }
     OrvAsfScene lAgain;
     OrvFileAcclaimAsf lIn(false);
-    orvfuzz::Require(lIn.Open(lPath), "cannot open the written file");
+    const bool lOpened = lIn.Open(lPath.c_str());
+    unlink(lPath.c_str());
+    orvfuzz::Require(lOpened, "cannot open the written file");
     if (!lIn.Read(&lAgain, pFlags.mRemoveDummy, pFlags.mUseRotationOffset, pFlags.mUsePreRotation))
     {
         for (const orvsdk::OrvTextFileMessage& lMessage : lIn.GetMessages())
@@ -114,12 +91,6 @@ void WriteAndReadBack(OrvAsfScene& pScene, const orvfuzz::ReadFlags& pFlags)
 }
 
 } // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***)
-{
-    TheRoundTripPath();
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t pSize)
 {

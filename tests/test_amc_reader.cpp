@@ -57,7 +57,7 @@ struct WalkerImport
         EXPECT_TRUE(lFile.Open(ExamplePath("walker.asf").c_str()));
         EXPECT_TRUE(lFile.Read(&mAsf, false, false, false));
         if (pSampleValues) mAsf.mRoot->CreateDataFromDOF(mScene.get());
-        orvasf::AmcReadSettings lSettings;
+        orvasf::OrvAmcReadSettings lSettings;
         lSettings.mFramesPerSecond = kFramesPerSecond;
         lSettings.mSampleValues = pSampleValues;
         mResult = mReader.Read(pMotion.data(), pMotion.size(), "walk.amc", mAsf, lSettings);
@@ -68,8 +68,8 @@ struct WalkerImport
 
     ScenePointer mScene = CreateHostScene("Take");  // outlives the bones, which may own curves
     OrvAsfScene mAsf;
-    orvasf::AmcReader mReader;
-    orvasf::AmcReadResult mResult;
+    orvasf::OrvAmcReader mReader;
+    orvasf::OrvAmcReadResult mResult;
     OrvNode* mRoot = nullptr;
 };
 
@@ -182,7 +182,7 @@ protected:
     void ExpectLikePlain(const std::string& pText, double pTolerance = 0.0)
     {
         const WalkerImport lVariant(pText);
-        for (const orvasf::AmcMessage& lMessage : lVariant.mResult.mMessages)
+        for (const orvasf::OrvAmcMessage& lMessage : lVariant.mResult.mMessages)
             ADD_FAILURE() << lVariant.mReader.FormatMessage(lMessage);
         ExpectSamePositions(*mPlain, lVariant, pTolerance);
     }
@@ -335,8 +335,8 @@ TEST_F(AmcReaderVariants, FrameNumbersThatDoNotRiseAreRefusedWithTheirLine)
         const WalkerImport lRead(JoinLines(lLines));
         EXPECT_FALSE(lRead.mResult.mSucceeded);
         ASSERT_FALSE(lRead.mResult.mMessages.empty());
-        const orvasf::AmcMessage& lError = lRead.mResult.mMessages.back();
-        EXPECT_EQ(lError.mKind, orvasf::AmcMessage::eError);
+        const orvasf::OrvAmcMessage& lError = lRead.mResult.mMessages.back();
+        EXPECT_EQ(lError.mKind, orvasf::OrvAmcMessage::eError);
         EXPECT_EQ(lError.mLine, static_cast<int>(lThird) + 1);
         EXPECT_EQ(lError.mText, std::string("Frame number ") + lNumber + " does not follow frame 2");
         EXPECT_EQ(lRead.mReader.FormatMessage(lError),
@@ -372,9 +372,9 @@ TEST_F(AmcReaderVariants, ValidationModeLeavesExistingCurvesUntouched)
     ASSERT_TRUE(lFile.Open(ExamplePath("walker.asf").c_str()));
     ASSERT_TRUE(lFile.Read(&lAsf, false, false, false));
     lAsf.mRoot->CreateDataFromDOF(lScene.get());
-    orvasf::AmcReadSettings lSettings;
+    orvasf::OrvAmcReadSettings lSettings;
     lSettings.mSampleValues = false;
-    orvasf::AmcReader lReader;
+    orvasf::OrvAmcReader lReader;
     EXPECT_TRUE(lReader.Read(mPlainText.data(), mPlainText.size(), "walk.amc", lAsf, lSettings).mSucceeded);
     // A run would have keyed the curves and its flush would have dropped none of them.
     const OrvAsfNode* lFemur = lAsf.mRoot->Find("lfemur");
@@ -401,7 +401,7 @@ void ExpectReadLikeFromChars(const std::string& pToken)
     double lExpected = 0.0;
     double lActual = 0.0;
     const bool lExpectedOk = ReferenceValue(pToken, lExpected);
-    ASSERT_EQ(orvasf::AmcReader::ParseValue(pToken, lActual), lExpectedOk) << pToken;
+    ASSERT_EQ(orvasf::OrvAmcReader::ParseValue(pToken, lActual), lExpectedOk) << pToken;
     if (!lExpectedOk) return;
     uint64_t lExpectedBits = 0;
     uint64_t lActualBits = 0;

@@ -130,12 +130,12 @@ protected:
             EXPECT_TRUE(lFile.Open(mAsfPath.c_str()));
             EXPECT_TRUE(lFile.Read(&lSkeleton, false, pFlags.mUseRotationOffset, pFlags.mUsePreRotation));
             lSkeleton.mRoot->CreateDataFromDOF(lScene);
-            orvasf::AmcReadSettings lSettings;
+            orvasf::OrvAmcReadSettings lSettings;
             lSettings.mFramesPerSecond = kFramesPerSecond;
             lSettings.mUseRotationOffset = pFlags.mUseRotationOffset;
             lSettings.mUsePreRotation = pFlags.mUsePreRotation;
-            orvasf::AmcReader lReader;
-            const orvasf::AmcReadResult lResult = lReader.Read(mAmcPath.c_str(), lSkeleton, lSettings);
+            orvasf::OrvAmcReader lReader;
+            const orvasf::OrvAmcReadResult lResult = lReader.Read(mAmcPath.c_str(), lSkeleton, lSettings);
             EXPECT_TRUE(lResult.mSucceeded);
             EXPECT_EQ(lResult.mFrameCount, kFrameCount);
             lRoot = lSkeleton.ASFToORV(lScene, "Take", false, pFlags.mUseRotationOffset, pFlags.mUsePreRotation);

@@ -125,12 +125,12 @@ void ImportAsfAmc(const std::string& pAsf, const std::string& pAmc, const Flags&
     ASSERT_TRUE(lFile.Open(pAsf.c_str()));
     ASSERT_TRUE(lFile.Read(&lSkeleton, false, pFlags.mUseRotationOffset, pFlags.mUsePreRotation));
     lSkeleton.mRoot->CreateDataFromDOF(pImport.mScene.get());
-    orvasf::AmcReadSettings lSettings;
+    orvasf::OrvAmcReadSettings lSettings;
     lSettings.mFramesPerSecond = kAmcFramesPerSecond;
     lSettings.mUseRotationOffset = pFlags.mUseRotationOffset;
     lSettings.mUsePreRotation = pFlags.mUsePreRotation;
-    orvasf::AmcReader lReader;
-    const orvasf::AmcReadResult lMotion = lReader.Read(pAmc.c_str(), lSkeleton, lSettings);
+    orvasf::OrvAmcReader lReader;
+    const orvasf::OrvAmcReadResult lMotion = lReader.Read(pAmc.c_str(), lSkeleton, lSettings);
     ASSERT_TRUE(lMotion.mSucceeded) << pAmc;
     pImport.mRoot =
         lSkeleton.ASFToORV(pImport.mScene.get(), kTake, false, pFlags.mUseRotationOffset, pFlags.mUsePreRotation);

@@ -184,8 +184,8 @@ TEST_F(HostileSkeleton, ChainAtTheDepthLimitImportsIntoHostNodes)
     hosttest::ScenePointer lHost = hosttest::CreateHostScene("Take");
     mScene.mRoot->CreateDataFromDOF(lHost.get());
     const std::string lMotion = "1\nb1 10\nb1000 20\n2\nb1 30\nb1000 40\n";
-    orvasf::AmcReader lReader;
-    const orvasf::AmcReadSettings lSettings;
+    orvasf::OrvAmcReader lReader;
+    const orvasf::OrvAmcReadSettings lSettings;
     ASSERT_TRUE(lReader.Read(lMotion.data(), lMotion.size(), "chain.amc", mScene, lSettings).mSucceeded);
     OrvNode* lRoot = mScene.ASFToORV(lHost.get(), "Take", true, false, false);
     lHost->GetRootNode()->AddChild(lRoot);

@@ -62,11 +62,11 @@ ImportOutcome Import(const ImportCase& pCase)
     });
 
     lAsf.mRoot->CreateDataFromDOF(lScene.get());
-    orvasf::AmcReadSettings lSettings;
+    orvasf::OrvAmcReadSettings lSettings;
     lSettings.mUseRotationOffset = pCase.mUseRotationOffset;
     lSettings.mUsePreRotation = pCase.mUsePreRotation;
-    orvasf::AmcReader lReader;
-    const orvasf::AmcReadResult lRead = lReader.Read(pCase.mMotion.c_str(), lAsf, lSettings);
+    orvasf::OrvAmcReader lReader;
+    const orvasf::OrvAmcReadResult lRead = lReader.Read(pCase.mMotion.c_str(), lAsf, lSettings);
     lOutcome.mFrameCount = lRead.mFrameCount;
     if (!lRead.mSucceeded) return lOutcome;
     OrvNode* lRoot = lAsf.ASFToORV(lScene.get(), kTake, true, pCase.mUseRotationOffset, pCase.mUsePreRotation);

@@ -76,12 +76,12 @@ void CheckImport(const MotionPair& pPair, Flags pFlags, const Skeleton& pSkeleto
     ASSERT_TRUE(lFile.Open(SharedDataPath("asf", pPair.mAsf, ".asf").c_str()));
     ASSERT_TRUE(lFile.Read(&lAsf, false, pFlags.mUseRotationOffset, pFlags.mUsePreRotation));
     lAsf.mRoot->CreateDataFromDOF(lScene.get());
-    orvasf::AmcReadSettings lSettings;
+    orvasf::OrvAmcReadSettings lSettings;
     lSettings.mFramesPerSecond = kFramesPerSecond;
     lSettings.mUseRotationOffset = pFlags.mUseRotationOffset;
     lSettings.mUsePreRotation = pFlags.mUsePreRotation;
-    orvasf::AmcReader lReader;
-    const orvasf::AmcReadResult lRead = lReader.Read(SharedDataPath("amc", pPair.mAmc, ".amc").c_str(), lAsf, lSettings);
+    orvasf::OrvAmcReader lReader;
+    const orvasf::OrvAmcReadResult lRead = lReader.Read(SharedDataPath("amc", pPair.mAmc, ".amc").c_str(), lAsf, lSettings);
     EXPECT_TRUE(lRead.mSucceeded);
     EXPECT_EQ(static_cast<size_t>(lRead.mFrameCount), pMotion.mFrames.size());
     OrvNode* lRoot = lAsf.ASFToORV(lScene.get(), kTake, false, pFlags.mUseRotationOffset, pFlags.mUsePreRotation);

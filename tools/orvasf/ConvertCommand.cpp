@@ -77,7 +77,7 @@ using HostScenePtr = std::unique_ptr<orvsdk::OrvScene, HostSceneDeleter>;
 bool ImportAsf(const ImportOptions& pOptions, SceneImport& pImport, HostSkeleton& pSkeleton)
 {
     if (!pImport.Run(pOptions)) return false;
-    const AmcReadResult& lMotion = pImport.GetMotion();
+    const OrvAmcReadResult& lMotion = pImport.GetMotion();
     pSkeleton.mRoot = pImport.GetSkeletonNode();
     pSkeleton.mHasMotion = pImport.HasMotion();
     pSkeleton.mFrameCount = lMotion.mFrameCount > 0 ? lMotion.mLastFrame - lMotion.mFirstFrame + 1 : 1;

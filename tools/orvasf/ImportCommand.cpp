@@ -28,7 +28,7 @@ std::string Duration(double pSeconds)
 std::string FramesText(const SceneImport& pImport, double pFramesPerSecond)
 {
     if (!pImport.HasMotion()) return "none (no motion file)";
-    const AmcReadResult& lMotion = pImport.GetMotion();
+    const OrvAmcReadResult& lMotion = pImport.GetMotion();
     const int lSpan = lMotion.mFrameCount > 0 ? lMotion.mLastFrame - lMotion.mFirstFrame : 0;
     char lText[96];
     std::snprintf(lText, sizeof lText, "%d at %g fps (%.3f s)", lMotion.mFrameCount, pFramesPerSecond,

@@ -12,9 +12,9 @@ void PrintMessages(const orvsdk::OrvTextFile& pFile)
         std::fprintf(stderr, "%s\n", pFile.FormatMessage(lMessage).c_str());
 }
 
-void PrintMessages(const AmcReader& pReader, const std::vector<AmcMessage>& pMessages)
+void PrintMessages(const OrvAmcReader& pReader, const std::vector<OrvAmcMessage>& pMessages)
 {
-    for (const AmcMessage& lMessage : pMessages) std::fprintf(stderr, "%s\n", pReader.FormatMessage(lMessage).c_str());
+    for (const OrvAmcMessage& lMessage : pMessages) std::fprintf(stderr, "%s\n", pReader.FormatMessage(lMessage).c_str());
 }
 
 void PrintToolError(const std::string& pText)

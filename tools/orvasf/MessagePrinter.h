@@ -17,7 +17,7 @@ namespace orvasf::tool {
 void PrintMessages(const orvsdk::OrvTextFile& pFile);
 
 // The same for the messages of a motion read by pReader (its last read).
-void PrintMessages(const AmcReader& pReader, const std::vector<AmcMessage>& pMessages);
+void PrintMessages(const OrvAmcReader& pReader, const std::vector<OrvAmcMessage>& pMessages);
 
 // Prints "orvasf: error: TEXT" on standard error, for a problem that belongs to no file line.
 void PrintToolError(const std::string& pText);

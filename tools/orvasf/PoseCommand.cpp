@@ -14,7 +14,7 @@ namespace orvasf::tool {
 namespace {
 
 // Number of frame indices the motion spans (first frame is index 0).
-int FrameSpan(const AmcReadResult& pMotion)
+int FrameSpan(const OrvAmcReadResult& pMotion)
 {
     return pMotion.mFrameCount > 0 ? pMotion.mLastFrame - pMotion.mFirstFrame + 1 : 0;
 }

@@ -69,12 +69,12 @@ bool SceneImport::SampleMotion(const ImportOptions& pOptions)
     }
     mHasMotion = true;
     ProgressReporter lProgress(pOptions.mMotionPath);
-    AmcReadSettings lSettings;
+    OrvAmcReadSettings lSettings;
     lSettings.mFramesPerSecond = pOptions.mFramesPerSecond;
     lSettings.mUseRotationOffset = pOptions.mUseRotationOffset;
     lSettings.mUsePreRotation = pOptions.mUsePreRotation;
     lSettings.mProgress = [&lProgress](uint64_t pDone, uint64_t pTotal) { lProgress.Update(pDone, pTotal); };
-    AmcReader lReader;
+    OrvAmcReader lReader;
     mMotion = lReader.Read(pOptions.mMotionPath.c_str(), mSkeleton, lSettings);
     lProgress.Finish();
     mTimings.mSamplingSeconds = SecondsSince(lStart);

@@ -48,7 +48,7 @@ public:
     // The skeleton as read; its bones own no curves once the nodes are built.
     const orvsdk::OrvAsfScene& GetSkeleton() const { return mSkeleton; }
     // The motion read, when a motion file was given.
-    const AmcReadResult& GetMotion() const { return mMotion; }
+    const OrvAmcReadResult& GetMotion() const { return mMotion; }
     bool HasMotion() const { return mHasMotion; }
     const ImportTimings& GetTimings() const { return mTimings; }
 
@@ -68,7 +68,7 @@ private:
     orvsdk::OrvAsfScene mSkeleton;
     orvsdk::OrvAnimStack* mTake = nullptr;     // owned by the host scene
     orvsdk::OrvNode* mSkeletonNode = nullptr;  // owned by the host scene
-    AmcReadResult mMotion;
+    OrvAmcReadResult mMotion;
     bool mHasMotion = false;
     ImportTimings mTimings;
 };
