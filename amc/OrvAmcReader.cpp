@@ -23,12 +23,16 @@ constexpr size_t kChunkSize = 1 << 16;
 // The most values a bone line can carry: a full DOF list, or three.
 constexpr int kMaxValues = orvsdk::OrvAsfNode::kMaxDofs > 3 ? orvsdk::OrvAsfNode::kMaxDofs : 3;
 constexpr double kRadiansToDegrees = 57.29577951308232;
+constexpr size_t kNoNul = std::numeric_limits<size_t>::max();
+// Lines whose bone is remembered from the previous frame; later lines of longer frames look
+// their bone up by name.
+constexpr size_t kMaxPredictedLines = 4096;
 
 // Blanks separate tokens; CR counts as one, so that CRLF and LF lines read alike.
 constexpr std::array<bool, 256> MakeBlankTable()
 {
     std::array<bool, 256> lTable{};
-    lTable[' '] = lTable['\t'] = lTable['\r'] = lTable['\0'] = true;
+    lTable[' '] = lTable['\t'] = lTable['\r'] = true;
     return lTable;
 }
 constexpr std::array<bool, 256> kBlank = MakeBlankTable();
@@ -177,6 +181,29 @@ std::string Quote(std::string_view pText)
     return std::string(pText.substr(0, 64)) + (pText.size() > 64 ? "..." : "");
 }
 
+std::string UnknownBoneText(std::string_view pName)
+{
+    return "Unknown bone (" + Quote(pName) + "), its lines are skipped";
+}
+
+bool StartsWith(std::string_view pText, std::string_view pPrefix)
+{
+    return pText.substr(0, pPrefix.size()) == pPrefix;
+}
+
+// Skips a UTF-8 byte order mark at the start of the first line; false when the line starts with
+// a UTF-16 one.
+bool AcceptFirstLine(std::string_view& pLine)
+{
+    static constexpr std::string_view sUtf8Mark = "\xEF\xBB\xBF";
+    if (StartsWith(pLine, sUtf8Mark))
+    {
+        pLine.remove_prefix(sUtf8Mark.size());
+        return true;
+    }
+    return !StartsWith(pLine, "\xFF\xFE") && !StartsWith(pLine, "\xFE\xFF");
+}
+
 struct FileCloser
 {
     void operator()(std::FILE* pFile) const { std::fclose(pFile); }
@@ -210,7 +237,8 @@ OrvAmcReadResult OrvAmcReader::Read(const char* pText, size_t pSize, const char*
                               const OrvAmcReadSettings& pSettings)
 {
     mFileName = pName;
-    // fmemopen refuses a zero-size buffer: an empty text is read as a single line end.
+    // fmemopen may refuse a zero-size buffer: an empty text is read as a one-byte buffer whose
+    // byte is taken at once.
     static const char sLineEnd[1] = {'\n'};
     FilePointer lFile(pSize > 0 ? fmemopen(const_cast<char*>(pText), pSize, "rb")
                                 : fmemopen(const_cast<char*>(sLineEnd), sizeof(sLineEnd), "rb"));
@@ -220,6 +248,7 @@ OrvAmcReadResult OrvAmcReader::Read(const char* pText, size_t pSize, const char*
         lResult.mMessages.push_back({OrvAmcMessage::eError, 0, std::strerror(errno)});
         return lResult;
     }
+    if (pSize == 0) std::fgetc(lFile.get());
     return ReadStream(lFile.get(), pSize, pScene, pSettings);
 }
 
@@ -243,6 +272,7 @@ OrvAmcReadResult OrvAmcReader::ReadStream(std::FILE* pFile, uint64_t pSize, orvs
     mResult = OrvAmcReadResult();
     mBuffer.assign(kChunkSize, '\0');
     mBufferStart = mBufferEnd = 0;
+    mNulAt = kNoNul;
     mEndOfInput = false;
     mLineNumber = 0;
     mBytesRead = 0;
@@ -271,15 +301,9 @@ OrvAmcReadResult OrvAmcReader::ReadStream(std::FILE* pFile, uint64_t pSize, orvs
     {
         const ELineResult lRead = ReadLine(pFile, lLine);
         if (lRead == ELineResult::eEnd) break;
-        if (lRead == ELineResult::eTooLong)
+        if (lRead != ELineResult::eLine)
         {
-            Message(OrvAmcMessage::eError, "Line longer than " + std::to_string(kMaxLineLength) + " bytes");
-            lOk = false;
-            break;
-        }
-        if (lRead == ELineResult::eReadError)
-        {
-            Message(OrvAmcMessage::eError, std::string("Read error: ") + std::strerror(errno));
+            ReportLineFault(lRead);
             lOk = false;
             break;
         }
@@ -295,7 +319,12 @@ OrvAmcReadResult OrvAmcReader::ReadStream(std::FILE* pFile, uint64_t pSize, orvs
         }
     }
     if (pSettings.mSampleValues) lRoot->StopSamplingData();
-    if (lOk && mResult.mFrameCount == 0) Message(OrvAmcMessage::eWarning, "No frame in the file");
+    if (lOk && mResult.mFrameCount == 0)
+    {
+        // Nothing to import: a file cut down to nothing, or not a motion file at all.
+        Message(OrvAmcMessage::eError, "No frames in the file");
+        lOk = false;
+    }
     mResult.mSucceeded = lOk;
     mResult.mAllJointsThreeDof = mAllJointsThreeDof;
     mBones.clear();
@@ -311,29 +340,65 @@ OrvAmcReader::ELineResult OrvAmcReader::ReadLine(std::FILE* pFile, std::string_v
         const void* lNewline = std::memchr(lBegin, '\n', lAvailable);
         if (lNewline || (mEndOfInput && lAvailable > 0))
         {
+            // The line counts from here on, so that a fault names it.
+            ++mLineNumber;
             const size_t lLength = lNewline ? static_cast<size_t>(static_cast<const char*>(lNewline) - lBegin) : lAvailable;
             if (lLength > kMaxLineLength) return ELineResult::eTooLong;
             pLine = std::string_view(lBegin, lLength);
+            const bool lHoldsNul = mNulAt < mBufferStart + lLength;
             const size_t lConsumed = lNewline ? lLength + 1 : lLength;
             mBufferStart += lConsumed;
             mBytesRead += lConsumed;
-            ++mLineNumber;
-            return ELineResult::eLine;
+            if (mLineNumber == 1 && !AcceptFirstLine(pLine)) return ELineResult::eUtf16;
+            return lHoldsNul ? ELineResult::eNulByte : ELineResult::eLine;
         }
         if (mEndOfInput) return ELineResult::eEnd;
-        if (lAvailable > kMaxLineLength) return ELineResult::eTooLong;
-        // Keep the unfinished line at the front and read the next chunk behind it.
-        std::memmove(mBuffer.data(), lBegin, lAvailable);
-        mBufferStart = 0;
-        mBufferEnd = lAvailable;
-        if (mBuffer.size() < mBufferEnd + kChunkSize) mBuffer.resize(mBufferEnd + kChunkSize);
-        const size_t lRead = std::fread(mBuffer.data() + mBufferEnd, 1, kChunkSize, pFile);
-        mBufferEnd += lRead;
-        if (lRead < kChunkSize)
+        if (lAvailable > kMaxLineLength)
         {
-            if (std::ferror(pFile)) return ELineResult::eReadError;
-            mEndOfInput = true;
+            ++mLineNumber;
+            return ELineResult::eTooLong;
         }
+        if (!FillBuffer(pFile)) return ELineResult::eReadError;
+    }
+}
+
+// Keeps the unfinished line at the front of the buffer and reads the next chunk behind it. The
+// chunk is searched for a NUL byte once, here, so that each line costs one comparison for it.
+// False on a read error.
+bool OrvAmcReader::FillBuffer(std::FILE* pFile)
+{
+    const size_t lAvailable = mBufferEnd - mBufferStart;
+    std::memmove(mBuffer.data(), mBuffer.data() + mBufferStart, lAvailable);
+    if (mNulAt != kNoNul) mNulAt -= mBufferStart;
+    mBufferStart = 0;
+    mBufferEnd = lAvailable;
+    if (mBuffer.size() < mBufferEnd + kChunkSize) mBuffer.resize(mBufferEnd + kChunkSize);
+    char* const lChunk = mBuffer.data() + mBufferEnd;
+    const size_t lRead = std::fread(lChunk, 1, kChunkSize, pFile);
+    if (mNulAt == kNoNul)
+    {
+        const void* lNul = std::memchr(lChunk, '\0', lRead);
+        if (lNul) mNulAt = static_cast<size_t>(static_cast<const char*>(lNul) - mBuffer.data());
+    }
+    mBufferEnd += lRead;
+    if (lRead < kChunkSize)
+    {
+        if (std::ferror(pFile)) return false;
+        mEndOfInput = true;
+    }
+    return true;
+}
+
+void OrvAmcReader::ReportLineFault(ELineResult pResult)
+{
+    switch (pResult)
+    {
+    case ELineResult::eTooLong:
+        Message(OrvAmcMessage::eError, "Line longer than " + std::to_string(kMaxLineLength) + " bytes");
+        break;
+    case ELineResult::eNulByte: Message(OrvAmcMessage::eError, orvsdk::OrvTextFile::kNulByteMessage); break;
+    case ELineResult::eUtf16: Message(OrvAmcMessage::eError, orvsdk::OrvTextFile::kUtf16Message); break;
+    default: Message(OrvAmcMessage::eError, std::string("Read error: ") + std::strerror(errno)); break;
     }
 }
 
@@ -481,20 +546,32 @@ orvsdk::OrvAsfNode* OrvAmcReader::ResolveBone(std::string_view pName)
     // the previous frame before the name index.
     const size_t lSlot = mLineInFrame++;
     if (lSlot < mLinePrediction.size() && mLinePrediction[lSlot].mName == pName) return mLinePrediction[lSlot].mBone;
-    if (lSlot >= mLinePrediction.size()) mLinePrediction.resize(lSlot + 1);
-    LineSlot& lPrediction = mLinePrediction[lSlot];
+    const LineSlot lFound = LookUpBone(pName);
+    if (lSlot >= mLinePrediction.size() && lSlot < kMaxPredictedLines) mLinePrediction.resize(lSlot + 1);
+    if (lSlot < mLinePrediction.size()) mLinePrediction[lSlot] = lFound;
+    return lFound.mBone;
+}
+
+OrvAmcReader::LineSlot OrvAmcReader::LookUpBone(std::string_view pName)
+{
     const auto lFound = mBones.find(pName);
-    if (lFound != mBones.end())
-    {
-        lPrediction = {lFound->first, lFound->second};
-        return lFound->second;
-    }
+    if (lFound != mBones.end()) return {lFound->first, lFound->second};
     // An unknown name: warned about once, and remembered by its own copy so that its later lines
-    // are skipped without a lookup.
-    const auto lUnknown = mUnknownBones.emplace(std::string(pName), true);
-    if (lUnknown.second) Message(OrvAmcMessage::eWarning, "Unknown bone (" + Quote(pName) + "), its lines are skipped");
-    lPrediction = {std::string_view(lUnknown.first->first), nullptr};
-    return nullptr;
+    // are skipped without a lookup. Past kMaxUnknownBones names a new one is not remembered: each
+    // of its lines counts as a warning again (beyond the kept ones by then).
+    std::string lName(pName);
+    auto lUnknown = mUnknownBones.find(lName);
+    if (lUnknown == mUnknownBones.end() && mUnknownBones.size() >= kMaxUnknownBones)
+    {
+        if (KeepWarning()) Keep(OrvAmcMessage::eWarning, UnknownBoneText(pName));
+        return {};
+    }
+    if (lUnknown == mUnknownBones.end())
+    {
+        lUnknown = mUnknownBones.insert(std::move(lName)).first;
+        Message(OrvAmcMessage::eWarning, UnknownBoneText(pName));
+    }
+    return {std::string_view(*lUnknown), nullptr};
 }
 
 void OrvAmcReader::IndexBones(orvsdk::OrvAsfNode* pRoot)
@@ -512,6 +589,23 @@ void OrvAmcReader::IndexBones(orvsdk::OrvAsfNode* pRoot)
 }
 
 void OrvAmcReader::Message(OrvAmcMessage::EKind pKind, std::string pText)
+{
+    if (pKind == OrvAmcMessage::eError || KeepWarning()) Keep(pKind, std::move(pText));
+}
+
+// Counts a warning; true when it is one of the first kMaxKeptWarnings, which are kept. The next
+// one leaves a note instead, the others nothing: a file of millions of bad lines must not fill
+// the memory with their warnings.
+bool OrvAmcReader::KeepWarning()
+{
+    if (mResult.mWarningCount < std::numeric_limits<int>::max()) ++mResult.mWarningCount;
+    if (mResult.mWarningCount <= kMaxKeptWarnings) return true;
+    if (mResult.mWarningCount == kMaxKeptWarnings + 1)
+        Keep(OrvAmcMessage::eWarning, "Too many warnings, the others are not reported");
+    return false;
+}
+
+void OrvAmcReader::Keep(OrvAmcMessage::EKind pKind, std::string pText)
 {
     mResult.mMessages.push_back({pKind, mLineNumber, std::move(pText)});
 }

@@ -1,6 +1,7 @@
 #ifndef ORVASF_AMC_ORVAMCREADER_H
 #define ORVASF_AMC_ORVAMCREADER_H
 
+#include "orvsdk/host/OrvTextFile.h"
 #include "orvsdk/host/OrvTime.h"
 
 #include <cstdint>
@@ -9,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace orvsdk {
@@ -57,7 +59,10 @@ struct OrvAmcReadResult
     int mLastFrame = 0;
     bool mRadians = false;
     bool mAllJointsThreeDof = false;  // the file said ":FORCE-ALL-JOINTS-BE-3DOF"
+    // The warnings (the first OrvAmcReader::kMaxKeptWarnings of them, then a note that the others
+    // are not reported) and the error that ended the read, if any, in the order met.
     std::vector<OrvAmcMessage> mMessages;
+    int mWarningCount = 0;  // warnings met, kept in mMessages or not
 };
 
 // Reader of Acclaim AMC motion files. It streams the file (memory stays bounded by the curves
@@ -71,7 +76,8 @@ struct OrvAmcReadResult
 // that is larger (the root's six): the first ones are the bone's DOFs in list order, the rest are
 // checked as numbers and ignored. Bone lines may come in any order; blanks are spaces and tabs;
 // lines end with LF or CRLF, mixed freely, the last one maybe without; '#' starts a comment
-// whose bytes are not looked at. Frame times are (frame number - first frame number) / frames
+// whose bytes are not looked at, except that no line may hold a NUL byte. A UTF-8 byte order mark
+// at the start is skipped. Frame times are (frame number - first frame number) / frames
 // per second. Translations are scaled by 2.54 / the skeleton's length unit (centimetres, like
 // bone lengths); rotations by 180 / pi under ":RADIANS", else by the skeleton's angle unit.
 // Values are read exactly as std::from_chars reads them (the nearest double), an optional
@@ -83,13 +89,22 @@ struct OrvAmcReadResult
 //
 // Errors end the read: a frame line that is not a whole integer, a frame number that does not
 // rise, a value that is not a number, a value count that differs from the bone's DOF list, a
-// bone line before the first frame, a line longer than kMaxLineLength, an unreadable file. A bone
-// name the skeleton does not have draws one warning and its lines are skipped. After an error
-// the run is still closed (StopSamplingData), but the caller must not build nodes from it.
+// bone line before the first frame, a line longer than kMaxLineLength, a line holding a NUL byte,
+// a file starting with a UTF-16 byte order mark (at line 1), a file without frames (at its last
+// line, 0 when it is empty), an unreadable file. The texts for NUL bytes and UTF-16 are those of
+// OrvTextFile. After an error the run is still closed (StopSamplingData), but the caller must not
+// build nodes from it.
+//
+// A bone name the skeleton does not have draws one warning and its lines are skipped. Memory for
+// messages stays bounded whatever the file: the first kMaxUnknownBones unknown names are
+// remembered; the lines of any further one are skipped too, each counting as a warning, and only
+// the first kMaxKeptWarnings warnings are kept.
 class OrvAmcReader
 {
 public:
     static constexpr size_t kMaxLineLength = 1 << 20;
+    static constexpr int kMaxKeptWarnings = orvsdk::OrvTextFile::kMaxKeptWarnings;
+    static constexpr size_t kMaxUnknownBones = kMaxKeptWarnings;
 
     // Reads the file at pPath into pScene's skeleton. The skeleton must hold a root whose curves
     // were created (CreateDataFromDOF). mSucceeded tells whether the whole file was read.
@@ -110,6 +125,12 @@ public:
     static bool ParseValue(std::string_view pToken, double& pValue);
 
 private:
+    struct LineSlot
+    {
+        std::string_view mName;               // the bone's name, or the unknown name met there
+        orvsdk::OrvAsfNode* mBone = nullptr;  // null for an unknown name
+    };
+
     OrvAmcReadResult ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::OrvAsfScene& pScene,
                              const OrvAmcReadSettings& pSettings);
     enum class ELineResult
@@ -117,9 +138,13 @@ private:
         eLine,
         eEnd,
         eTooLong,
+        eNulByte,
+        eUtf16,
         eReadError
     };
     ELineResult ReadLine(std::FILE* pFile, std::string_view& pLine);
+    bool FillBuffer(std::FILE* pFile);
+    void ReportLineFault(ELineResult pResult);
     bool HandleLine(std::string_view pLine, const OrvAmcReadSettings& pSettings);
     bool HandleHeader(std::string_view pToken);
     bool HandleFrameNumber(std::string_view pToken, std::string_view pRest, const OrvAmcReadSettings& pSettings);
@@ -127,28 +152,26 @@ private:
     int ExpectedValueCount(const orvsdk::OrvAsfNode& pBone) const;
     void ReserveKeys() const;
     orvsdk::OrvAsfNode* ResolveBone(std::string_view pName);
+    LineSlot LookUpBone(std::string_view pName);
     void IndexBones(orvsdk::OrvAsfNode* pRoot);
     void Message(OrvAmcMessage::EKind pKind, std::string pText);
+    bool KeepWarning();
+    void Keep(OrvAmcMessage::EKind pKind, std::string pText);
 
     std::string mFileName;
     std::vector<char> mBuffer;  // a window of the file; holds at least one whole line
     size_t mBufferStart = 0;
     size_t mBufferEnd = 0;
+    size_t mNulAt = 0;  // offset in mBuffer of the first NUL byte read; SIZE_MAX when none
     bool mEndOfInput = false;
     int mLineNumber = 0;
     uint64_t mBytesRead = 0;
     uint64_t mSize = 0;             // of the whole file; 0 when unknown
     uint64_t mFirstFrameStart = 0;  // bytes before the first frame's bone lines
 
-    struct LineSlot
-    {
-        std::string_view mName;               // the bone's name, or the unknown name met there
-        orvsdk::OrvAsfNode* mBone = nullptr;  // null for an unknown name
-    };
-
     std::unordered_map<std::string_view, orvsdk::OrvAsfNode*> mBones;
-    std::unordered_map<std::string, bool> mUnknownBones;
-    std::vector<LineSlot> mLinePrediction;  // the bone of each line slot in the last frame
+    std::unordered_set<std::string> mUnknownBones;  // at most kMaxUnknownBones
+    std::vector<LineSlot> mLinePrediction;  // the bone of each of the first lines of the last frame
     size_t mLineInFrame = 0;
 
     bool mInFrames = false;

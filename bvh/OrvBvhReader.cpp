@@ -110,7 +110,7 @@ void OrvBvhReader::Reset()
 OrvBvhReadResult OrvBvhReader::ReadOpened(orvsdk::OrvNode* pParent, orvsdk::OrvAnimStack* pStack)
 {
     OrvBvhReadResult lResult;
-    const bool lRead = ReadHierarchy() && ReadMotionHeader() && ReadFrames();
+    const bool lRead = ReadHierarchy() && ReadMotionHeader() && ReadFrames() && mFile.GetErrorCount() == 0;
     mFile.Close();
     if (lRead)
     {

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,47 @@ inline bool ReadText(OrvFileAcclaimAsf& pFile, OrvAsfScene& pScene, const std::s
 {
     pFile.Open(pText.data(), pText.size(), "test.asf");
     return pFile.Read(&pScene, pRemoveDummy, pUseRotationOffset, pUsePreRotation);
+}
+
+// The two set-up flags of a skeleton read, a motion read and node building.
+struct SetupFlags
+{
+    bool mUseRotationOffset;
+    bool mUsePreRotation;
+};
+
+inline constexpr SetupFlags kAllSetupFlags[] = {{false, false}, {true, false}, {false, true}, {true, true}};
+
+inline std::string FlagsText(const SetupFlags& pFlags)
+{
+    return std::string("rotation offset ") + (pFlags.mUseRotationOffset ? "on" : "off") + ", pre-rotation " +
+           (pFlags.mUsePreRotation ? "on" : "off");
+}
+
+// A skeleton file and what was read from it.
+struct AsfRead
+{
+    OrvFileAcclaimAsf mFile{false};
+    OrvAsfScene mScene;
+    bool mRead = false;
+};
+
+inline std::unique_ptr<AsfRead> ReadAsfText(const std::string& pText, bool pRemoveDummy = false,
+                                            SetupFlags pFlags = {false, false})
+{
+    auto lRead = std::make_unique<AsfRead>();
+    lRead->mRead = ReadText(lRead->mFile, lRead->mScene, pText, pRemoveDummy, pFlags.mUseRotationOffset,
+                            pFlags.mUsePreRotation);
+    return lRead;
+}
+
+inline std::unique_ptr<AsfRead> ReadAsfFile(const std::string& pPath, bool pRemoveDummy = false,
+                                            SetupFlags pFlags = {false, false})
+{
+    auto lRead = std::make_unique<AsfRead>();
+    lRead->mRead = lRead->mFile.Open(pPath.c_str()) &&
+                   lRead->mFile.Read(&lRead->mScene, pRemoveDummy, pFlags.mUseRotationOffset, pFlags.mUsePreRotation);
+    return lRead;
 }
 
 // The texts of the file's messages, each with its kind: "W: text" or "E: text".

@@ -304,6 +304,11 @@ TEST_F(AmcReaderVariants, Latin1AndUtf8BytesInCommentsAreIgnored)
     ExpectLikePlain(JoinLines(lCommented));
 }
 
+TEST_F(AmcReaderVariants, Utf8ByteOrderMarkIsSkipped)
+{
+    ExpectLikePlain("\xEF\xBB\xBF" + mPlainText);
+}
+
 TEST_F(AmcReaderVariants, MissingFinalLineEndGivesTheSamePose)
 {
     ASSERT_EQ(mPlainText.back(), '\n');
@@ -380,6 +385,82 @@ TEST_F(AmcReaderVariants, ValidationModeLeavesExistingCurvesUntouched)
     const OrvAsfNode* lFemur = lAsf.mRoot->Find("lfemur");
     ASSERT_NE(lFemur->mRotationCurve[0], nullptr);
     EXPECT_EQ(lFemur->mRotationCurve[0]->KeyGetCount(), 0);
+}
+
+// --- Hostile input -------------------------------------------------------------------------------
+
+namespace {
+
+// The error a read ended with, as "LINE: TEXT".
+std::string FinalError(const WalkerImport& pRead)
+{
+    if (pRead.mResult.mSucceeded || pRead.mResult.mMessages.empty()) return "no error";
+    const orvasf::OrvAmcMessage& lLast = pRead.mResult.mMessages.back();
+    return std::to_string(lLast.mLine) + ": " + lLast.mText;
+}
+
+int LineAt(const std::string& pText, size_t pAt)
+{
+    return 1 + static_cast<int>(std::count(pText.begin(), pText.begin() + static_cast<long>(pAt), '\n'));
+}
+
+} // namespace
+
+TEST_F(AmcReaderVariants, NulByteIsRefusedAtItsLineWhereverTheFileIsCutIntoChunks)
+{
+    // Short comment lines across the first chunk boundaries, then a comment line longer than a
+    // chunk, then the motion. The reader takes the file in chunks of 64 KiB.
+    const size_t kChunk = 1 << 16;
+    std::string lText;
+    while (lText.size() < 3 * kChunk) lText += "# short comment line\n";
+    const size_t lLongLine = lText.size();
+    lText += "#" + std::string(3 * kChunk, 'y') + "\n" + mPlainText;
+    for (const size_t lAt : {size_t{0}, kChunk - 1, kChunk, kChunk + 1, 3 * kChunk - 2, lLongLine + 5,
+                             lLongLine + 2 * kChunk, lText.size() - 1})
+    {
+        const std::string lBroken = lText.substr(0, lAt) + '\0' + lText.substr(lAt);
+        EXPECT_EQ(FinalError(WalkerImport(lBroken)), std::to_string(LineAt(lText, lAt)) + ": NUL byte in line")
+            << "NUL at " << lAt;
+    }
+}
+
+TEST(AmcReaderHostile, UnknownBoneNamesAreRememberedUpToTheLimit)
+{
+    // Two frames naming pNames distinct unknown bones each, among known bone lines.
+    auto lMotion = [](size_t pNames) {
+        std::string lText;
+        for (int lFrame = 1; lFrame <= 2; ++lFrame)
+        {
+            lText += std::to_string(lFrame) + "\nroot 0 16.9 0 0 0 0\n";
+            for (size_t i = 0; i < pNames; ++i) lText += "unknown" + std::to_string(i) + " 1 2\n";
+            lText += "ltibia 5\n";
+        }
+        return lText;
+    };
+    const size_t lLimit = orvasf::OrvAmcReader::kMaxUnknownBones;
+    ASSERT_EQ(lLimit, static_cast<size_t>(orvasf::OrvAmcReader::kMaxKeptWarnings));
+    const WalkerImport lAtLimit(lMotion(lLimit));
+    ASSERT_TRUE(lAtLimit.mResult.mSucceeded);
+    EXPECT_EQ(lAtLimit.mResult.mWarningCount, static_cast<int>(lLimit));
+    ASSERT_EQ(lAtLimit.mResult.mMessages.size(), lLimit);
+    EXPECT_EQ(lAtLimit.mResult.mMessages.back().mText,
+              "Unknown bone (unknown" + std::to_string(lLimit - 1) + "), its lines are skipped");
+
+    // One name more is not remembered: it counts as a warning in both frames, and the first of
+    // those is replaced by the note; the known bones still read.
+    const WalkerImport lBeyond(lMotion(lLimit + 1));
+    ASSERT_TRUE(lBeyond.mResult.mSucceeded);
+    EXPECT_EQ(lBeyond.mResult.mWarningCount, static_cast<int>(lLimit) + 2);
+    ASSERT_EQ(lBeyond.mResult.mMessages.size(), lLimit + 1);
+    EXPECT_EQ(lBeyond.mResult.mMessages.back().mText, "Too many warnings, the others are not reported");
+    EXPECT_EQ(lBeyond.mResult.mMessages.back().mLine, static_cast<int>(lLimit) + 3);
+    ExpectSamePositions(WalkerImport(lMotion(0)), lBeyond, 0.0);
+}
+
+TEST(AmcReaderHostile, TooLongLineIsRefusedAtItsOwnLine)
+{
+    const std::string lText = "1\nroot 0 0 0 0 0 0\n# " + std::string(orvasf::OrvAmcReader::kMaxLineLength, 'x') + "\n";
+    EXPECT_EQ(FinalError(WalkerImport(lText)), "3: Line longer than 1048576 bytes");
 }
 
 // --- Number reading ------------------------------------------------------------------------------

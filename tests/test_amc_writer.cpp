@@ -1,46 +1,26 @@
 // The AMC writer: a host skeleton exported as ASF, with its motion written as AMC, read back with
 // the AMC reader and imported, must put every joint where the host puts it; and the file's layout.
 
+#include "support/AsfAmcInterchange.h"
 #include "support/BvhReference.h"
-#include "support/HostSceneBuilder.h"
-
-#include "amc/OrvAmcReader.h"
-#include "amc/OrvAmcWriter.h"
-#include "orvsdk/asf/OrvFileAcclaimAsf.h"
-#include "orvsdk/skeleton/OrvAsfNode.h"
-#include "orvsdk/skeleton/OrvAsfScene.h"
+#include "support/ScratchFiles.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
+#include <algorithm>
+#include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <string>
 
 using namespace orvsdk;
-using namespace hosttest;
+using namespace orvsdk::asftest;
+using namespace orvsdk::hosttest;
 
 namespace {
 
 const double kFramesPerSecond = 60.0;
 const int kFrameCount = 4;
-
-struct Flags
-{
-    bool mUseRotationOffset;
-    bool mUsePreRotation;
-};
-
-const Flags kAllFlags[] = {{false, false}, {true, false}, {false, true}, {true, true}};
-
-std::string ReadText(const std::string& pPath)
-{
-    std::ifstream lFile(pPath);
-    std::ostringstream lText;
-    lText << lFile.rdbuf();
-    return lText.str();
-}
 
 // Hips: rotation offset, pre-rotation, order Z X Y, animated translation and rotation
 // +-- Spine: pre- and post-rotation, order Y Z X
@@ -54,9 +34,11 @@ std::string ReadText(const std::string& pPath)
 class AmcWriter : public ::testing::Test
 {
 protected:
-    void SetUp() override
+    // pRestInTranslation: where a joint's rest offset goes, the local translation (for the
+    // local-transform export) or the rotation offset.
+    void Build(bool pRestInTranslation)
     {
-        mScene = CreateScene();
+        mRestInTranslation = pRestInTranslation;
         mHips = AddNode(mScene->GetRootNode(), "Hips");
         Place(mHips, OrvVector4(0, 90, 0));
         SetRotation(mHips, OrvEuler::eOrderZXY, OrvVector4(0, 30, 0));
@@ -87,13 +69,10 @@ protected:
     }
     void TearDown() override
     {
-        mScene->Destroy();
         std::filesystem::remove(mAsfPath);
         std::filesystem::remove(mAmcPath);
     }
 
-    // Where a joint's rest offset goes: the rotation offset, or, for the local-transform export,
-    // the local translation.
     void Place(OrvNode* pNode, const OrvVector4& pOffset)
     {
         if (mRestInTranslation)
@@ -103,108 +82,71 @@ protected:
     }
 
     // Exports the skeleton below Hips and writes it with its motion.
-    void WritePair(bool pUseLocalTransform)
+    void WritePair()
     {
-        OrvAsfScene lSkeleton;
-        lSkeleton.ORVToASF(mHips, true, OrvVector4(1, 1, 1), pUseLocalTransform);
-        OrvFileAcclaimAsf lFile(false);
-        ASSERT_TRUE(lFile.Create(mAsfPath.c_str()));
-        ASSERT_TRUE(lFile.Write(&lSkeleton));
-        ASSERT_TRUE(lFile.Close());
         orvasf::OrvAmcWriteSettings lSettings;
         lSettings.mFramesPerSecond = kFramesPerSecond;
         lSettings.mFrameCount = kFrameCount;
         lSettings.mSkeletonFileName = "skeleton.asf";
-        ASSERT_TRUE(mWriter.Write(mAmcPath.c_str(), lSkeleton, mHips, lSettings));
+        WriteAsfAmc(mHips, true, mRestInTranslation, lSettings, mAsfPath, mAmcPath);
     }
 
     // Largest distance, over all frames and host nodes, between the host and an import of the
-    // written pair with pFlags.
-    double LargestDifferenceAfterImport(const Flags& pFlags)
+    // written pair with pFlags (Hips is the skeleton's root; name spaces are not written).
+    double LargestDifferenceAfterImport(const SetupFlags& pFlags)
     {
-        OrvScene* lScene = CreateScene();
-        OrvNode* lRoot = nullptr;
-        {
-            OrvAsfScene lSkeleton;
-            OrvFileAcclaimAsf lFile(false);
-            EXPECT_TRUE(lFile.Open(mAsfPath.c_str()));
-            EXPECT_TRUE(lFile.Read(&lSkeleton, false, pFlags.mUseRotationOffset, pFlags.mUsePreRotation));
-            lSkeleton.mRoot->CreateDataFromDOF(lScene);
-            orvasf::OrvAmcReadSettings lSettings;
-            lSettings.mFramesPerSecond = kFramesPerSecond;
-            lSettings.mUseRotationOffset = pFlags.mUseRotationOffset;
-            lSettings.mUsePreRotation = pFlags.mUsePreRotation;
-            orvasf::OrvAmcReader lReader;
-            const orvasf::OrvAmcReadResult lResult = lReader.Read(mAmcPath.c_str(), lSkeleton, lSettings);
-            EXPECT_TRUE(lResult.mSucceeded);
-            EXPECT_EQ(lResult.mFrameCount, kFrameCount);
-            lRoot = lSkeleton.ASFToORV(lScene, "Take", false, pFlags.mUseRotationOffset, pFlags.mUsePreRotation);
-            lScene->GetRootNode()->AddChild(lRoot);
-        }
+        HostImport lImport;
+        ImportAsfAmc(mAsfPath, mAmcPath, pFlags, kFramesPerSecond, lImport);
+        EXPECT_EQ(lImport.mFrameCount, kFrameCount);
+        if (!lImport.mRoot) return HUGE_VAL;  // the import failed
         double lLargest = 0.0;
         for (int f = 0; f < kFrameCount; ++f)
         {
             const OrvTime lTime = OrvTime::FromFrame(f, kFramesPerSecond);
-            const auto lImported = bvhtest::HostPositions(lRoot, lTime);
-            for (const auto& lNode : bvhtest::HostPositions(mHips, lTime))
+            const bvhtest::PositionMap lImported = bvhtest::HostPositions(lImport.mRoot, lTime);
+            for (const auto& [lName, lPosition] : bvhtest::HostPositions(mHips, lTime))
             {
-                const size_t lColon = lNode.first.rfind(':');
-                const std::string lName = lNode.first == "Hips"         ? "root"
-                                          : lColon == std::string::npos ? lNode.first
-                                                                        : lNode.first.substr(lColon + 1);
-                const auto lFound = lImported.find(lName);
-                if (lFound == lImported.end())
+                const std::string lBone = lName == "Hips" ? "root" : ExportedBoneName(lName);
+                const bvhtest::Vec3* lFound = bvhtest::Find(lImported, lBone);
+                if (!lFound)
                 {
-                    ADD_FAILURE() << "no imported node " << lName;
-                    continue;
+                    ADD_FAILURE() << "no imported node " << lBone;
+                    return HUGE_VAL;
                 }
-                lLargest = std::max(lLargest, bvhtest::Distance(lFound->second, lNode.second));
+                lLargest = std::max(lLargest, bvhtest::Distance(*lFound, lPosition));
             }
         }
-        lScene->Destroy();
         return lLargest;
     }
 
+    ScenePointer mScene = CreateHostScene();
     bool mRestInTranslation = false;
-    OrvScene* mScene = nullptr;
     OrvNode* mHips = nullptr;
-    orvasf::OrvAmcWriter mWriter;
-    const std::string mAsfPath = ::testing::TempDir() + "orv_amc_writer_" + std::to_string(getpid()) + ".asf";
-    const std::string mAmcPath = ::testing::TempDir() + "orv_amc_writer_" + std::to_string(getpid()) + ".amc";
-};
-
-class AmcWriterRestInTranslation : public AmcWriter
-{
-protected:
-    void SetUp() override
-    {
-        mRestInTranslation = true;
-        AmcWriter::SetUp();
-    }
+    const std::string mAsfPath = testfiles::ScratchPath("writer.asf");
+    const std::string mAmcPath = testfiles::ScratchPath("writer.amc");
 };
 
 } // namespace
 
 TEST_F(AmcWriter, ImportOfTheWrittenPairPutsEveryJointWhereTheHostDoes)
 {
-    WritePair(false);
-    for (const Flags& lFlags : kAllFlags)
-        EXPECT_LT(LargestDifferenceAfterImport(lFlags), 1e-4)
-            << "rotation offset " << lFlags.mUseRotationOffset << ", pre-rotation " << lFlags.mUsePreRotation;
-}
-
-TEST_F(AmcWriterRestInTranslation, SkeletonFromTheLocalTransformReproducesTheHostToo)
-{
-    WritePair(true);
-    for (const Flags& lFlags : kAllFlags)
-        EXPECT_LT(LargestDifferenceAfterImport(lFlags), 1e-4)
-            << "rotation offset " << lFlags.mUseRotationOffset << ", pre-rotation " << lFlags.mUsePreRotation;
+    // The skeleton takes the rest pose from the rotation offsets, or from the local transforms.
+    for (bool lRestInTranslation : {false, true})
+    {
+        mScene = CreateHostScene();  // without the joints of the round before
+        Build(lRestInTranslation);
+        WritePair();
+        for (const SetupFlags& lFlags : kAllSetupFlags)
+            EXPECT_LT(LargestDifferenceAfterImport(lFlags), 1e-4) << FlagsText(lFlags) << ", rest in translation "
+                                                                   << lRestInTranslation;
+    }
 }
 
 TEST_F(AmcWriter, WritesOneLinePerBoneWithDofsInEveryNumberedFrame)
 {
-    WritePair(false);
-    std::istringstream lLines(ReadText(mAmcPath));
+    Build(false);
+    WritePair();
+    std::istringstream lLines(testfiles::ReadFile(mAmcPath));
     std::string lLine;
     std::vector<std::string> lFirstWords;
     std::vector<size_t> lValueCounts;
@@ -233,9 +175,11 @@ TEST_F(AmcWriter, WritesOneLinePerBoneWithDofsInEveryNumberedFrame)
 
 TEST_F(AmcWriter, ReportsAFileThatCannotBeCreated)
 {
+    Build(false);
     OrvAsfScene lSkeleton;
     lSkeleton.ORVToASF(mHips, false, OrvVector4(1, 1, 1), false);
-    EXPECT_FALSE(mWriter.Write("/nonexistent/dir/out.amc", lSkeleton, mHips, orvasf::OrvAmcWriteSettings()));
-    ASSERT_EQ(mWriter.GetFile().GetMessages().size(), 1u);
-    EXPECT_EQ(mWriter.GetFile().GetMessages()[0].mText.rfind("Can't create AMC file /nonexistent/dir/out.amc", 0), 0u);
+    orvasf::OrvAmcWriter lWriter;
+    EXPECT_FALSE(lWriter.Write("/nonexistent/dir/out.amc", lSkeleton, mHips, orvasf::OrvAmcWriteSettings()));
+    ASSERT_EQ(lWriter.GetFile().GetMessages().size(), 1u);
+    EXPECT_EQ(lWriter.GetFile().GetMessages()[0].mText.rfind("Can't create AMC file /nonexistent/dir/out.amc", 0), 0u);
 }

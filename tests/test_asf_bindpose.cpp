@@ -2,6 +2,7 @@
 // values from the root down must give back every bone's global frame and joint position.
 
 #include "AsfTestSupport.h"
+#include "support/ReferenceKinematics.h"
 
 #include "orvsdk/host/OrvMemory.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"
@@ -15,78 +16,20 @@
 
 using namespace orvsdk;
 using namespace orvsdk::asftest;
+using math3::Mat3;
 
 namespace {
-
-// --- An independent 3x3 rotation toolkit ---------------------------------------------------------
-
-struct Mat3
-{
-    double m[3][3];
-};
-
-Mat3 Identity()
-{
-    return Mat3{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
-}
-
-Mat3 Multiply(const Mat3& pA, const Mat3& pB)
-{
-    Mat3 lProduct{};
-    for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 3; ++c)
-            for (int k = 0; k < 3; ++k) lProduct.m[r][c] += pA.m[r][k] * pB.m[k][c];
-    return lProduct;
-}
-
-OrvVector4 Apply(const Mat3& pA, const OrvVector4& pV)
-{
-    OrvVector4 lResult;
-    for (int r = 0; r < 3; ++r) lResult[r] = pA.m[r][0] * pV[0] + pA.m[r][1] * pV[1] + pA.m[r][2] * pV[2];
-    return lResult;
-}
-
-// Rotation by pDegrees about axis pAxis (0 X, 1 Y, 2 Z), column vectors.
-Mat3 AxisRotation(int pAxis, double pDegrees)
-{
-    const double lC = std::cos(pDegrees * M_PI / 180.0);
-    const double lS = std::sin(pDegrees * M_PI / 180.0);
-    const int lU = (pAxis + 1) % 3;
-    const int lV = (pAxis + 2) % 3;
-    Mat3 lR = Identity();
-    lR.m[lU][lU] = lC;
-    lR.m[lU][lV] = -lS;
-    lR.m[lV][lU] = lS;
-    lR.m[lV][lV] = lC;
-    return lR;
-}
-
-// Axes of each rotation order in the sequence in which they apply.
-const int kSequence[6][3] = {{0, 1, 2}, {0, 2, 1}, {1, 2, 0}, {1, 0, 2}, {2, 0, 1}, {2, 1, 0}};
 
 // The bone's rest rotation: its X, Y, Z angles applied in the bone's rotation order.
 Mat3 RestRotation(const OrvAsfNode& pBone)
 {
-    const int* lAxes = kSequence[EulerOrderFromOrderBuf(pBone.mDof, pBone.mDofCount)];
-    Mat3 lR = Identity();
-    for (int k = 0; k < 3; ++k) lR = Multiply(AxisRotation(lAxes[k], pBone.mLocalRotation[lAxes[k]]), lR);
-    return lR;
+    return reference::EulerRotation(pBone.mLocalRotation, EulerOrderFromOrderBuf(pBone.mDof, pBone.mDofCount));
 }
 
-Mat3 RotationPart(const OrvAMatrix& pMatrix)
+OrvVector4 Apply(const Mat3& pA, const OrvVector4& pV)
 {
-    Mat3 lR{};
-    for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 3; ++c) lR.m[r][c] = pMatrix(r, c);
-    return lR;
-}
-
-double Deviation(const Mat3& pA, const Mat3& pB)
-{
-    double lMax = 0.0;
-    for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 3; ++c) lMax = std::max(lMax, std::fabs(pA.m[r][c] - pB.m[r][c]));
-    return lMax;
+    const math3::Vec3 lV = math3::Apply(pA, reference::ToVec3(pV));
+    return OrvVector4(lV[0], lV[1], lV[2]);
 }
 
 double Deviation(const OrvVector4& pA, const OrvVector4& pB)
@@ -98,14 +41,6 @@ double Deviation(const OrvVector4& pA, const OrvVector4& pB)
 
 // --- The independent composition ---------------------------------------------------------------
 
-struct Flags
-{
-    bool mUseRotationOffset;
-    bool mUsePreRotation;
-};
-
-const Flags kAllFlags[] = {{false, false}, {true, false}, {false, true}, {true, true}};
-
 // Global joint position of every bone: the root's position plus the offsets along the path.
 void JointsFromOffsets(const OrvAsfNode& pBone, const OrvVector4& pParentJoint, std::map<std::string, OrvVector4>& pJoints)
 {
@@ -116,15 +51,15 @@ void JointsFromOffsets(const OrvAsfNode& pBone, const OrvVector4& pParentJoint, 
 
 // Composes the rest values that pFlags compute from the root down and returns the largest
 // difference to each bone's frame mAxisMatrix and to its joint in pJoints.
-double ComposeSubtree(const OrvAsfNode& pBone, const Mat3& pParentFrame, const OrvVector4& pParentJoint, Flags pFlags,
+double ComposeSubtree(const OrvAsfNode& pBone, const Mat3& pParentFrame, const OrvVector4& pParentJoint, SetupFlags pFlags,
                       const std::map<std::string, OrvVector4>& pJoints)
 {
     double lWorst = 0.0;
-    Mat3 lFrame = RotationPart(pBone.mAxisMatrix);
+    Mat3 lFrame = reference::RotationOf(pBone.mAxisMatrix);
     if (!pFlags.mUsePreRotation)
     {
-        const Mat3 lComposed = Multiply(pParentFrame, RestRotation(pBone));
-        lWorst = std::max(lWorst, Deviation(lComposed, lFrame));
+        const Mat3 lComposed = math3::Multiply(pParentFrame, RestRotation(pBone));
+        lWorst = std::max(lWorst, math3::LargestDifference(lComposed, lFrame));
         lFrame = lComposed;
     }
     OrvVector4 lJoint = pJoints.at(pBone.mName);
@@ -140,11 +75,11 @@ double ComposeSubtree(const OrvAsfNode& pBone, const Mat3& pParentFrame, const O
     return lWorst;
 }
 
-double ComposeFromRoot(const OrvAsfNode& pRoot, Flags pFlags)
+double ComposeFromRoot(const OrvAsfNode& pRoot, SetupFlags pFlags)
 {
     std::map<std::string, OrvVector4> lJoints;
     JointsFromOffsets(pRoot, OrvVector4(), lJoints);
-    return ComposeSubtree(pRoot, Identity(), OrvVector4(), pFlags, lJoints);
+    return ComposeSubtree(pRoot, math3::Identity(), OrvVector4(), pFlags, lJoints);
 }
 
 // With both flags set the rest values are zero and every position is the bone vector; as read,
@@ -184,11 +119,10 @@ const char* const kMixedSkeleton =
 
 TEST(AsfBindPose, RootAloneTakesItsFilePlacement)
 {
-    OrvAsfScene lScene;
-    OrvFileAcclaimAsf lFile(false);
-    ASSERT_TRUE(ReadText(lFile, lScene, ":root\n  order TX TY TZ RX RY RZ\n  position 1 2 3\n  orientation 10 20 30\n"
-                                        ":hierarchy\n"));
-    const OrvAsfNode* lRoot = lScene.mRoot;
+    const auto lRead = ReadAsfText(":root\n  order TX TY TZ RX RY RZ\n  position 1 2 3\n  orientation 10 20 30\n"
+                                   ":hierarchy\n");
+    ASSERT_TRUE(lRead->mRead);
+    const OrvAsfNode* lRoot = lRead->mScene.mRoot;
     EXPECT_EQ(lRoot->mLocalTranslation, OrvVector4(1, 2, 3));
     EXPECT_EQ(lRoot->mPosition, OrvVector4(1, 2, 3));
     EXPECT_LT(Deviation(lRoot->mLocalRotation, OrvVector4(10, 20, 30)), 1e-12);
@@ -215,49 +149,38 @@ TEST(AsfBindPose, RestRotationIsPlacedThroughTheBonesOrder)
 
 TEST(AsfBindPose, EachFlagLeavesItsRestValueAlone)
 {
-    OrvFileAcclaimAsf lFile(false);
-    OrvAsfScene lClear;
-    ASSERT_TRUE(ReadText(lFile, lClear, kMixedSkeleton));
-    const OrvAsfNode* lA = lClear.mRoot->Find("a");
-    const OrvAsfNode* lB = lClear.mRoot->Find("b");
+    const auto lClear = ReadAsfText(kMixedSkeleton);
+    const auto lOffsets = ReadAsfText(kMixedSkeleton, false, {true, false});
+    const auto lPreRotations = ReadAsfText(kMixedSkeleton, false, {false, true});
+    const auto lBoth = ReadAsfText(kMixedSkeleton, false, {true, true});
+    ASSERT_TRUE(lClear->mRead && lOffsets->mRead && lPreRotations->mRead && lBoth->mRead);
+    const OrvAsfNode* lA = lClear->mScene.mRoot->Find("a");
+    const OrvAsfNode* lB = lClear->mScene.mRoot->Find("b");
     EXPECT_EQ(lB->mParentOffset, lA->mDirection * lA->mLength);
     EXPECT_EQ(lB->mParentAxisMatrix, lA->mAxisMatrix);
     EXPECT_EQ(lB->mParentAxisMatrixInverse, lA->mAxisMatrixInverse);
 
-    OrvFileAcclaimAsf lOffsetFile(false);
-    OrvAsfScene lOffsets;
-    ASSERT_TRUE(ReadText(lOffsetFile, lOffsets, kMixedSkeleton, false, true, false));
-    EXPECT_EQ(lOffsets.mRoot->Find("b")->mLocalTranslation, OrvVector4());
-    EXPECT_EQ(lOffsets.mRoot->Find("b")->mLocalRotation, lB->mLocalRotation);
+    EXPECT_EQ(lOffsets->mScene.mRoot->Find("b")->mLocalTranslation, OrvVector4());
+    EXPECT_EQ(lOffsets->mScene.mRoot->Find("b")->mLocalRotation, lB->mLocalRotation);
+    EXPECT_EQ(lPreRotations->mScene.mRoot->Find("b")->mLocalTranslation, lB->mLocalTranslation);
+    EXPECT_EQ(lPreRotations->mScene.mRoot->Find("b")->mLocalRotation, OrvVector4());
 
-    OrvFileAcclaimAsf lPreRotationFile(false);
-    OrvAsfScene lPreRotations;
-    ASSERT_TRUE(ReadText(lPreRotationFile, lPreRotations, kMixedSkeleton, false, false, true));
-    EXPECT_EQ(lPreRotations.mRoot->Find("b")->mLocalTranslation, lB->mLocalTranslation);
-    EXPECT_EQ(lPreRotations.mRoot->Find("b")->mLocalRotation, OrvVector4());
-
-    OrvFileAcclaimAsf lBothFile(false);
-    OrvAsfScene lBoth;
-    ASSERT_TRUE(ReadText(lBothFile, lBoth, kMixedSkeleton, false, true, true));
-    EXPECT_EQ(lBoth.mRoot->mPosition, OrvVector4());
-    ExpectNoRestValues(lBoth.mRoot, true);
-    EXPECT_EQ(lBoth.mRoot->Find("b")->mParentAxisMatrix, OrvAMatrix());  // not copied in this mode
+    EXPECT_EQ(lBoth->mScene.mRoot->mPosition, OrvVector4());
+    ExpectNoRestValues(lBoth->mScene.mRoot, true);
+    EXPECT_EQ(lBoth->mScene.mRoot->Find("b")->mParentAxisMatrix, OrvAMatrix());  // not copied in this mode
 }
 
 TEST(AsfBindPose, ComposedRestValuesGiveBackEveryFrameAndJoint)
 {
-    for (const Flags& lFlags : kAllFlags)
-    {
+    for (const SetupFlags& lFlags : kAllSetupFlags)
         for (bool lRemoveDummy : {false, true})
         {
-            OrvFileAcclaimAsf lFile(false);
-            OrvAsfScene lScene;
-            ASSERT_TRUE(ReadText(lFile, lScene, kMixedSkeleton, lRemoveDummy, lFlags.mUseRotationOffset, lFlags.mUsePreRotation));
-            EXPECT_EQ(TreeText(lScene.mRoot), lRemoveDummy ? "root(a(b d(e)))" : "root(a(b c(d(e))))");
-            EXPECT_LT(ComposeFromRoot(*lScene.mRoot, lFlags), 1e-9)
-                << lFlags.mUseRotationOffset << lFlags.mUsePreRotation << lRemoveDummy;
+            SCOPED_TRACE(FlagsText(lFlags) + (lRemoveDummy ? ", without dummies" : ""));
+            const auto lRead = ReadAsfText(kMixedSkeleton, lRemoveDummy, lFlags);
+            ASSERT_TRUE(lRead->mRead);
+            EXPECT_EQ(TreeText(lRead->mScene.mRoot), lRemoveDummy ? "root(a(b d(e)))" : "root(a(b c(d(e))))");
+            EXPECT_LT(ComposeFromRoot(*lRead->mScene.mRoot, lFlags), 1e-9);
         }
-    }
 }
 
 // --- SetupNode --------------------------------------------------------------------------------------
@@ -304,7 +227,7 @@ namespace {
 class AsfSimplifyTree : public ::testing::Test
 {
 protected:
-    void Build(std::vector<std::vector<std::string>> pLayout, Flags pFlags = {false, false})
+    void Build(std::vector<std::vector<std::string>> pLayout, SetupFlags pFlags = {false, false})
     {
         mScene.mRoot = MakeBone("root", {0, 1, 2, 5, 4, 3});
         double lAngle = 10.0;
@@ -338,7 +261,7 @@ protected:
     OrvAsfNode* Find(const char* pName) { return mScene.mRoot->Find(pName); }
 
     OrvAsfScene mScene;
-    Flags mFlags{false, false};
+    SetupFlags mFlags{false, false};
     std::map<std::string, OrvVector4> mJointsBefore;
 };
 
@@ -350,7 +273,6 @@ TEST_F(AsfSimplifyTree, DummyHandsItsChildrenUpInReverseOrder)
     const OrvVector4 lOffset = Find("d")->mParentOffset + Find("a")->mParentOffset;
     RemoveDummies();
     EXPECT_EQ(TreeText(mScene.mRoot), "root(b a)");
-    EXPECT_EQ(Find("a")->mParent, mScene.mRoot);
     EXPECT_EQ(Find("a")->mParentOffset, lOffset);
     EXPECT_EQ(Find("a")->mParentAxisMatrix, mScene.mRoot->mAxisMatrix);
     ExpectPoseKept();
@@ -438,31 +360,29 @@ TEST(AsfBindPoseRealFiles, ComposedRestValuesGiveBackEveryFrameAndJointWithAndWi
     double lLargest = 0.0;
     for (const auto& lPath : lFiles)
     {
-        for (const Flags& lFlags : kAllFlags)
+        for (const SetupFlags& lFlags : kAllSetupFlags)
         {
-            SCOPED_TRACE(lPath.string() + " flags " + std::to_string(lFlags.mUseRotationOffset) +
-                         std::to_string(lFlags.mUsePreRotation));
-            OrvAsfScene lScenes[2];  // as read, and without dummies
+            SCOPED_TRACE(lPath.string() + ", " + FlagsText(lFlags));
+            const std::unique_ptr<AsfRead> lReads[2] = {ReadAsfFile(lPath, false, lFlags), ReadAsfFile(lPath, true, lFlags)};
+            ASSERT_TRUE(lReads[0]->mRead && lReads[1]->mRead);
+            OrvAsfNode* lRoots[2] = {lReads[0]->mScene.mRoot, lReads[1]->mScene.mRoot};  // as read, without dummies
             std::map<std::string, OrvVector4> lJoints[2];
             for (int i = 0; i < 2; ++i)
             {
-                OrvFileAcclaimAsf lFile(false);
-                ASSERT_TRUE(lFile.Open(lPath.c_str()));
-                ASSERT_TRUE(lFile.Read(&lScenes[i], i == 1, lFlags.mUseRotationOffset, lFlags.mUsePreRotation));
-                JointsFromOffsets(*lScenes[i].mRoot, OrvVector4(), lJoints[i]);
-                const double lDeviation = ComposeFromRoot(*lScenes[i].mRoot, lFlags);
+                JointsFromOffsets(*lRoots[i], OrvVector4(), lJoints[i]);
+                const double lDeviation = ComposeFromRoot(*lRoots[i], lFlags);
                 EXPECT_LT(lDeviation, 1e-9);
                 lLargest = std::max(lLargest, lDeviation);
             }
-            if (lFlags.mUseRotationOffset && lFlags.mUsePreRotation) ExpectNoRestValues(lScenes[0].mRoot, true);
+            if (lFlags.mUseRotationOffset && lFlags.mUsePreRotation) ExpectNoRestValues(lRoots[0], true);
 
             // The dummies (lhipjoint and rhipjoint) are gone; every other bone keeps its joint and frame.
             EXPECT_EQ(lJoints[1].size() + 2, lJoints[0].size());
-            for (const OrvAsfNode* lBone : AllBones(lScenes[1].mRoot))
+            for (const OrvAsfNode* lBone : AllBones(lRoots[1]))
             {
                 EXPECT_TRUE(lBone->mDofCount > 0 || !lBone->mParent) << lBone->mName;
                 EXPECT_LT(Deviation(lJoints[1].at(lBone->mName), lJoints[0].at(lBone->mName)), 1e-9) << lBone->mName;
-                EXPECT_EQ(lBone->mAxisMatrix, lScenes[0].mRoot->Find(lBone->mName)->mAxisMatrix);
+                EXPECT_EQ(lBone->mAxisMatrix, lRoots[0]->Find(lBone->mName)->mAxisMatrix);
             }
         }
     }

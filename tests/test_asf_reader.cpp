@@ -68,9 +68,7 @@ TEST_F(AsfReader, FileWithoutRootIsRefusedAfterReadingIt)
     EXPECT_FALSE(Read(":name walker\n" + Hierarchy()));
     EXPECT_STREQ(mScene.mName, "walker");
     EXPECT_THAT(Texts(), IsEmpty());
-    OrvFileAcclaimAsf lFile(false);
-    OrvAsfScene lScene;
-    EXPECT_FALSE(ReadText(lFile, lScene, ""));
+    EXPECT_FALSE(ReadAsfText("")->mRead);
 }
 
 TEST_F(AsfReader, UnknownWordsAndSectionsAreSkippedToTheNextSection)
@@ -85,11 +83,7 @@ TEST_F(AsfReader, OnlyTheHierarchyMayEndTheFile)
     EXPECT_TRUE(Read(kRoot + kLegBones + ":hierarchy\n  begin\n    lhip lfemur\n"));
     EXPECT_EQ(Tree(), "root(lhip(lfemur) ltibia)");
     for (const std::string& lCut : {kRoot + ":documentation\n  text\n", kRoot + kLegBones, kRoot + ":units\n", kRoot})
-    {
-        OrvFileAcclaimAsf lFile(false);
-        OrvAsfScene lScene;
-        EXPECT_FALSE(ReadText(lFile, lScene, lCut)) << lCut;
-    }
+        EXPECT_FALSE(ReadAsfText(lCut)->mRead) << lCut;
 }
 
 TEST_F(AsfReader, RootAllocationFailureIsRefusedWithoutLeak)
@@ -149,10 +143,9 @@ TEST_F(AsfReader, SkinTakesAtMostThreeNamesAndEndsAtASection)
     ASSERT_TRUE(Read(kRoot + kLegBones + ":skin a.skin\nb.skin\nc.skin\nd.skin\n" + kLegHierarchy));
     EXPECT_THAT(Texts(), IsEmpty());
     EXPECT_EQ(Tree(), "root(lhip(lfemur(ltibia)))");
-    OrvFileAcclaimAsf lFile(false);
-    OrvAsfScene lScene;
-    ASSERT_TRUE(ReadText(lFile, lScene, kRoot + kLegBones + ":skin a.skin\n" + kLegHierarchy));
-    EXPECT_EQ(TreeText(lScene.mRoot), "root(lhip(lfemur(ltibia)))");
+    const auto lOneName = ReadAsfText(kRoot + kLegBones + ":skin a.skin\n" + kLegHierarchy);
+    ASSERT_TRUE(lOneName->mRead);
+    EXPECT_EQ(TreeText(lOneName->mScene.mRoot), "root(lhip(lfemur(ltibia)))");
 }
 
 // --- :root ------------------------------------------------------------------------------------------
@@ -172,14 +165,12 @@ TEST_F(AsfReader, RootSectionFillsTheRootBone)
 
 TEST_F(AsfReader, AxisWordsMapToHostOrders)
 {
-    const char* const lWords[] = {"zyx", "xzy", "yxz", "yzx", "zxy", "xyz"};
-    const int lOrders[] = {5, 3, 1, 4, 2, 0};
-    for (int i = 0; i < 6; ++i)
+    const std::pair<std::string, int> lCases[] = {{"zyx", 5}, {"xzy", 3}, {"yxz", 1}, {"yzx", 4}, {"zxy", 2}, {"xyz", 0}};
+    for (const auto& [lWord, lOrder] : lCases)
     {
-        OrvFileAcclaimAsf lFile(false);
-        OrvAsfScene lScene;
-        ASSERT_TRUE(ReadText(lFile, lScene, ":root\n  axis " + std::string(lWords[i]) + "\n" + Hierarchy()));
-        EXPECT_EQ(lScene.mRoot->mAxisOrder, lOrders[i]) << lWords[i];
+        const auto lRead = ReadAsfText(":root\n  axis " + lWord + "\n" + Hierarchy());
+        ASSERT_TRUE(lRead->mRead) << lWord;
+        EXPECT_EQ(lRead->mScene.mRoot->mAxisOrder, lOrder) << lWord;
     }
     EXPECT_FALSE(Read(":root\n  axis abc\n" + Hierarchy()));
     EXPECT_THAT(Texts(), ElementsAre("E: Unknown rotation order"));
@@ -283,13 +274,12 @@ TEST_F(AsfReader, BadBoneBlocksAreErrorsAndEarlierBonesStay)
         {"  begin\n    axis 0 0 0 abc\n  end\n", "E: Unknown rotation order"},
         {"  begin\n    dof rx ry\n    limits (-1 1)\n  end\n", "E: Can't read dof limits"},
     };
-    for (const auto& lCase : lCases)
+    for (const auto& [lBlock, lMessage] : lCases)
     {
-        OrvFileAcclaimAsf lFile(false);
-        OrvAsfScene lScene;
-        EXPECT_FALSE(ReadText(lFile, lScene, kRoot + ":bonedata\n" + Bone("a") + lCase.first + Hierarchy()));
-        EXPECT_THAT(Messages(lFile), ElementsAre(lCase.second)) << lCase.first;
-        EXPECT_EQ(TreeText(lScene.mRoot), "root(a)");
+        const auto lRead = ReadAsfText(kRoot + ":bonedata\n" + Bone("a") + lBlock + Hierarchy());
+        EXPECT_FALSE(lRead->mRead);
+        EXPECT_THAT(Messages(lRead->mFile), ElementsAre(lMessage)) << lBlock;
+        EXPECT_EQ(TreeText(lRead->mScene.mRoot), "root(a)");
     }
 }
 
@@ -343,13 +333,12 @@ TEST_F(AsfReader, HierarchyLinesMoveBonesFromTheRoot)
         {"    lhip ltibia\n    lhip lfemur\n", "root(lhip(ltibia lfemur))"},      // children accumulate
         {"    lfemur ltibia\n    lhip lfemur\n", "root(lhip(lfemur(ltibia)))"},   // a moved parent carries its bones
     };
-    for (const auto& lCase : lCases)
+    for (const auto& [lLines, lTree] : lCases)
     {
-        OrvFileAcclaimAsf lFile(false);
-        OrvAsfScene lScene;
-        ASSERT_TRUE(ReadText(lFile, lScene, kRoot + kLegBones + Hierarchy(lCase.first)));
-        EXPECT_EQ(TreeText(lScene.mRoot), lCase.second) << lCase.first;
-        EXPECT_THAT(Messages(lFile), IsEmpty());
+        const auto lRead = ReadAsfText(kRoot + kLegBones + Hierarchy(lLines));
+        ASSERT_TRUE(lRead->mRead) << lLines;
+        EXPECT_EQ(TreeText(lRead->mScene.mRoot), lTree) << lLines;
+        EXPECT_THAT(Messages(lRead->mFile), IsEmpty());
     }
 }
 
@@ -360,13 +349,12 @@ TEST_F(AsfReader, BadHierarchyNamesAreErrorsAndEarlierMovesStay)
         {Hierarchy("    lhip lfemur\n    Root ltibia\n"), "E: Unknown parent bone name (Root)"},
         {":hierarchy\n  begin\n    lhip lfemur\n:skin a\n", "E: Unknown parent bone name (:skin)"},
     };
-    for (const auto& lCase : lCases)
+    for (const auto& [lHierarchy, lMessage] : lCases)
     {
-        OrvFileAcclaimAsf lFile(false);
-        OrvAsfScene lScene;
-        EXPECT_FALSE(ReadText(lFile, lScene, kRoot + kLegBones + lCase.first));
-        EXPECT_THAT(Messages(lFile), ElementsAre(lCase.second));
-        EXPECT_EQ(TreeText(lScene.mRoot), "root(lhip(lfemur) ltibia)");
+        const auto lRead = ReadAsfText(kRoot + kLegBones + lHierarchy);
+        EXPECT_FALSE(lRead->mRead);
+        EXPECT_THAT(Messages(lRead->mFile), ElementsAre(lMessage));
+        EXPECT_EQ(TreeText(lRead->mScene.mRoot), "root(lhip(lfemur) ltibia)");
     }
 }
 
@@ -394,14 +382,12 @@ TEST(AsfReaderRealFiles, EveryFileReadsWithoutError)
     if (lFiles.empty()) GTEST_SKIP() << "no shared data folder";
     for (const auto& lPath : lFiles)
     {
-        OrvFileAcclaimAsf lFile(false);
-        OrvAsfScene lScene;
-        ASSERT_TRUE(lFile.Open(lPath.c_str()));
-        EXPECT_TRUE(lFile.Read(&lScene, false, false, false)) << lPath;
-        EXPECT_EQ(lFile.GetErrorCount(), 0) << lPath;
-        ASSERT_NE(lScene.mRoot, nullptr);
-        EXPECT_EQ(AllBones(lScene.mRoot).size(), 31u) << lPath;
-        EXPECT_EQ(lScene.mRoot->mDofCount, 6);
+        const auto lRead = ReadAsfFile(lPath);
+        EXPECT_TRUE(lRead->mRead) << lPath;
+        EXPECT_EQ(lRead->mFile.GetErrorCount(), 0) << lPath;
+        ASSERT_NE(lRead->mScene.mRoot, nullptr);
+        EXPECT_EQ(AllBones(lRead->mScene.mRoot).size(), 31u) << lPath;
+        EXPECT_EQ(lRead->mScene.mRoot->mDofCount, 6);
     }
 }
 
@@ -428,10 +414,8 @@ TEST(AsfReaderConcurrency, DifferentFilesReadAtOnceInSeveralThreads)
             const Case& lCase = lCases[t % 3];
             for (int i = 0; i < 300; ++i)
             {
-                OrvFileAcclaimAsf lFile(false);
-                OrvAsfScene lScene;
-                const bool lResult = ReadText(lFile, lScene, lCase.mText);
-                if (lResult != lCase.mResult || AllBones(lScene.mRoot).size() != lCase.mBones) ++lFailures[t];
+                const auto lRead = ReadAsfText(lCase.mText);
+                if (lRead->mRead != lCase.mResult || AllBones(lRead->mScene.mRoot).size() != lCase.mBones) ++lFailures[t];
             }
         });
     }

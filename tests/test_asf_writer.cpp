@@ -2,43 +2,26 @@
 // skeleton files.
 
 #include "AsfTestSupport.h"
+#include "support/ScratchFiles.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <csignal>
-#include <fstream>
-#include <sstream>
-#include <sys/resource.h>
-#include <unistd.h>
 
 using namespace orvsdk;
 using namespace orvsdk::asftest;
 
 namespace {
 
-std::filesystem::path TempPath(const std::string& pName)
-{
-    return std::filesystem::path(::testing::TempDir()) / ("asf_writer_" + std::to_string(getpid()) + "_" + pName);
-}
-
-std::string ReadWhole(const std::filesystem::path& pPath)
-{
-    std::ifstream lStream(pPath, std::ios::binary);
-    std::ostringstream lText;
-    lText << lStream.rdbuf();
-    return lText.str();
-}
-
 // Writes pScene to a temporary file and returns the file's text.
 std::string WriteToText(OrvAsfScene& pScene, const std::string& pName)
 {
-    const std::filesystem::path lPath = TempPath(pName);
+    const std::string lPath = testfiles::ScratchPath(pName);
     OrvFileAcclaimAsf lFile(false);
     EXPECT_TRUE(lFile.Create(lPath.c_str()));
     EXPECT_TRUE(lFile.Write(&pScene));
     EXPECT_TRUE(lFile.Close());
-    std::string lText = ReadWhole(lPath);
+    std::string lText = testfiles::ReadFile(lPath);
     std::filesystem::remove(lPath);
     return lText;
 }
@@ -167,21 +150,16 @@ TEST(AsfWriter, OutputErrorMakesWriteFail)
     OrvFileAcclaimAsf lNeverCreated(false);
     EXPECT_FALSE(lNeverCreated.Write(&lScene));
     for (int i = 0; i < 300; ++i) MakeBone(("bone" + std::to_string(i)).c_str(), {5, 4, 3}, lScene.mRoot);
-    const std::filesystem::path lPath = TempPath("limited.asf");
+    const std::string lPath = testfiles::ScratchPath("limited.asf");
     OrvFileAcclaimAsf lFile(false);
     ASSERT_TRUE(lFile.Create(lPath.c_str()));
 
-    // Files may not grow beyond 4 KB while the text is written (the signal would end the process).
-    rlimit lOldLimit;
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &lOldLimit), 0);
-    void (*lOldHandler)(int) = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit lLimit = lOldLimit;
-    lLimit.rlim_cur = 4096;
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &lLimit), 0);
-    const bool lWritten = lFile.Write(&lScene);
-    const bool lClosed = lFile.Close();
-    setrlimit(RLIMIT_FSIZE, &lOldLimit);
-    std::signal(SIGXFSZ, lOldHandler);
+    bool lWritten = true;
+    bool lClosed = true;
+    ASSERT_TRUE(testfiles::WithFileSizeLimit(4096, [&] {
+        lWritten = lFile.Write(&lScene);
+        lClosed = lFile.Close();
+    }));
 
     EXPECT_FALSE(lWritten);
     EXPECT_FALSE(lClosed);
@@ -237,15 +215,13 @@ TEST(AsfWriterRealFiles, EveryFileWritesAndReadsBack)
     for (const auto& lPath : lFiles)
     {
         SCOPED_TRACE(lPath.string());
-        OrvFileAcclaimAsf lSource(false);
-        OrvAsfScene lRead;
-        ASSERT_TRUE(lSource.Open(lPath.c_str()));
-        ASSERT_TRUE(lSource.Read(&lRead, false, false, false));
-
-        OrvFileAcclaimAsf lBackFile(false);
-        OrvAsfScene lBack;
-        ASSERT_TRUE(ReadText(lBackFile, lBack, WriteToText(lRead, lPath.filename().string())));
-        EXPECT_EQ(lBackFile.GetWarningCount(), 0);
+        const auto lSource = ReadAsfFile(lPath);
+        ASSERT_TRUE(lSource->mRead);
+        OrvAsfScene& lRead = lSource->mScene;
+        const auto lWritten = ReadAsfText(WriteToText(lRead, lPath.filename().string()));
+        ASSERT_TRUE(lWritten->mRead);
+        EXPECT_EQ(lWritten->mFile.GetWarningCount(), 0);
+        const OrvAsfScene& lBack = lWritten->mScene;
         EXPECT_STREQ(lRead.mName, lBack.mName);
         EXPECT_EQ(lRead.mLengthUnit, lBack.mLengthUnit);
         EXPECT_EQ(TreeText(lRead.mRoot), TreeText(lBack.mRoot));

@@ -3,9 +3,6 @@
 // outputs that cannot be written.
 #include "support/ToolRunner.h"
 
-#include <cmath>
-#include <map>
-
 namespace {
 
 using namespace tool_support;
@@ -36,25 +33,6 @@ const char* const kSmallBvh =
     "0 90 0 0 0 0 0 0 0\n"
     "1 91 2 10 20 30 40 50 60\n";
 
-// "frame,joint,x,y,z" rows of the pose command, by frame and joint.
-std::map<std::pair<int, std::string>, std::vector<double>> PoseRows(const std::string& pCsv)
-{
-    std::map<std::pair<int, std::string>, std::vector<double>> lRows;
-    const std::vector<std::string> lLines = Lines(pCsv);
-    for (size_t i = 1; i < lLines.size(); ++i)
-    {
-        std::stringstream lFields(lLines[i]);
-        std::string lFrame;
-        std::string lJoint;
-        std::string lValue;
-        std::getline(lFields, lFrame, ',');
-        std::getline(lFields, lJoint, ',');
-        std::vector<double>& lPosition = lRows[{std::stoi(lFrame), lJoint}];
-        while (std::getline(lFields, lValue, ',')) lPosition.push_back(std::stod(lValue));
-    }
-    return lRows;
-}
-
 class ConvertTest : public ToolTest
 {
 protected:
@@ -80,17 +58,9 @@ TEST_F(ConvertTest, AsfAmcToBvhAndBackKeepsEveryJointInPlace)
     const ToolRun lAfter = Run("pose " + Work("walk.asf") + " " + Work("walk.amc"));
     ASSERT_EQ(lBefore.mStatus, 0);
     ASSERT_EQ(lAfter.mStatus, 0) << lAfter.mErr;
-    const auto lOriginal = PoseRows(lBefore.mOut);
-    const auto lConverted = PoseRows(lAfter.mOut);
+    const PoseTable lOriginal = PoseRows(lBefore.mOut);
     ASSERT_FALSE(lOriginal.empty());
-    for (const auto& lRow : lOriginal)
-    {
-        const auto lFound = lConverted.find(lRow.first);
-        ASSERT_NE(lFound, lConverted.end()) << lRow.first.second << " at frame " << lRow.first.first;
-        for (size_t a = 0; a < 3; ++a)
-            EXPECT_NEAR(lFound->second.at(a), lRow.second.at(a), 1e-3)
-                << lRow.first.second << " at frame " << lRow.first.first;
-    }
+    ExpectSamePoses(lOriginal, PoseRows(lAfter.mOut), 1e-3);
 }
 
 TEST_F(ConvertTest, WritesTheMotionWhereMotionOutSays)

@@ -6,61 +6,37 @@
 //   - ASF/AMC to ASF/AMC through the host scene likewise.
 // Each check prints its largest world-position difference and what it covered.
 
+#include "support/AsfAmcInterchange.h"
 #include "support/BvhReference.h"
+#include "support/ScratchFiles.h"
 #include "support/SharedMotionPairs.h"
 
-#include "amc/OrvAmcReader.h"
-#include "amc/OrvAmcWriter.h"
 #include "bvh/OrvBvhReader.h"
 #include "bvh/OrvBvhWriter.h"
-#include "orvsdk/asf/OrvFileAcclaimAsf.h"
-#include "orvsdk/host/OrvAnimLayer.h"
-#include "orvsdk/host/OrvAnimStack.h"
-#include "orvsdk/host/OrvScene.h"
-#include "orvsdk/skeleton/OrvAsfNode.h"
-#include "orvsdk/skeleton/OrvAsfScene.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <iostream>
-#include <iterator>
-#include <memory>
 #include <string>
 #include <vector>
 
 using namespace orvsdk;
+using namespace orvsdk::asftest;
+using namespace orvsdk::hosttest;
+using namespace shareddata;
 
 namespace {
-
-using shareddata::kMotionPairs;
-using shareddata::MotionPair;
-
-// Under the sanitizers only the two uniform flag settings run as well.
-using shareddata::kSanitized;
-using shareddata::kSanitizedMaxFrames;
-using shareddata::kSanitizedStride;
 
 const char* const kBvhFiles[] = {"cgspeed_01_01", "freebvh_mixamo", "imusim_16_15",
                                  "mocapbank",     "pfnn_hierarchy", "pymo_AV_8Walk_Meredith_HVHA_Rep1"};
 
-struct Flags
+// The settings a check runs with: all four, or both flags off and both on, the two ends of where
+// the import keeps the rest pose (under the sanitizers always these two).
+std::vector<SetupFlags> FlagSettings(bool pAll)
 {
-    bool mUseRotationOffset;
-    bool mUsePreRotation;
-};
-
-const Flags kAllFlags[] = {{false, false}, {true, false}, {false, true}, {true, true}};
-// Both flags off and both on: the two ends of where the import keeps the rest pose.
-const Flags kUniformFlags[] = {{false, false}, {true, true}};
-
-// The settings a check runs with: under the sanitizers only the two uniform ones.
-std::vector<Flags> FlagSettings(bool pAll)
-{
-    if (pAll && !kSanitized) return std::vector<Flags>(std::begin(kAllFlags), std::end(kAllFlags));
-    return std::vector<Flags>(std::begin(kUniformFlags), std::end(kUniformFlags));
+    if (pAll && !kSanitized) return {std::begin(kAllSetupFlags), std::end(kAllSetupFlags)};
+    return {{false, false}, {true, true}};
 }
 
 // Pairs with something particular for the ASF/AMC to ASF/AMC path: a short run, a motion cut short,
@@ -70,75 +46,15 @@ const MotionPair kAsfPairs[] = {
     {"cmu_131-dance", "cmu_131_04-dance"}, {"cmu_01", "mo_null_pose"},
 };
 
-const char* const kTake = "Take";
 const double kAmcFramesPerSecond = 120.0;
 
-bool HaveSharedData()
+void ImportPair(const MotionPair& pPair, const SetupFlags& pFlags, HostImport& pImport)
 {
-    return std::filesystem::exists(ORV_SHARED_DATA_DIR);
+    ImportAsfAmc(SharedDataPath("asf", pPair.mAsf, ".asf"), SharedDataPath("amc", pPair.mAmc, ".amc"), pFlags,
+                 kAmcFramesPerSecond, pImport);
 }
 
-std::string DataPath(const char* pFolder, const char* pName, const char* pExtension)
-{
-    return std::string(ORV_SHARED_DATA_DIR) + "/" + pFolder + "/" + pName + pExtension;
-}
-
-std::string TempPath(const std::string& pName)
-{
-    return ::testing::TempDir() + "orv_bvh_" + std::to_string(getpid()) + "_" + pName;
-}
-
-std::string FlagsText(const Flags& pFlags)
-{
-    return std::string("rotation offset ") + (pFlags.mUseRotationOffset ? "on" : "off") + ", pre-rotation " +
-           (pFlags.mUsePreRotation ? "on" : "off");
-}
-
-// A host scene with its take current; released with everything in it.
-struct SceneDeleter
-{
-    void operator()(OrvScene* pScene) const { pScene->Destroy(); }
-};
-using ScenePtr = std::unique_ptr<OrvScene, SceneDeleter>;
-
-ScenePtr CreateHostScene()
-{
-    ScenePtr lScene(OrvScene::Create("interchange"));
-    OrvAnimStack* lStack = OrvAnimStack::Create(lScene.get(), kTake);
-    OrvAnimLayer::Create(lStack, "Base");
-    lScene->SetCurrentAnimationStack(lStack);
-    return lScene;
-}
-
-// A skeleton and motion imported into a host scene, the way the converter imports them.
-struct Import
-{
-    ScenePtr mScene = CreateHostScene();
-    OrvNode* mRoot = nullptr;
-    int mFrameCount = 0;
-};
-
-void ImportAsfAmc(const std::string& pAsf, const std::string& pAmc, const Flags& pFlags, Import& pImport)
-{
-    OrvAsfScene lSkeleton;
-    OrvFileAcclaimAsf lFile(false);
-    ASSERT_TRUE(lFile.Open(pAsf.c_str()));
-    ASSERT_TRUE(lFile.Read(&lSkeleton, false, pFlags.mUseRotationOffset, pFlags.mUsePreRotation));
-    lSkeleton.mRoot->CreateDataFromDOF(pImport.mScene.get());
-    orvasf::OrvAmcReadSettings lSettings;
-    lSettings.mFramesPerSecond = kAmcFramesPerSecond;
-    lSettings.mUseRotationOffset = pFlags.mUseRotationOffset;
-    lSettings.mUsePreRotation = pFlags.mUsePreRotation;
-    orvasf::OrvAmcReader lReader;
-    const orvasf::OrvAmcReadResult lMotion = lReader.Read(pAmc.c_str(), lSkeleton, lSettings);
-    ASSERT_TRUE(lMotion.mSucceeded) << pAmc;
-    pImport.mRoot =
-        lSkeleton.ASFToORV(pImport.mScene.get(), kTake, false, pFlags.mUseRotationOffset, pFlags.mUsePreRotation);
-    pImport.mScene->GetRootNode()->AddChild(pImport.mRoot);
-    pImport.mFrameCount = lMotion.mLastFrame - lMotion.mFirstFrame + 1;
-}
-
-void ReadBvh(const std::string& pPath, Import& pImport, orvasf::OrvBvhReadResult& pResult)
+void ReadBvh(const std::string& pPath, HostImport& pImport, orvasf::OrvBvhReadResult& pResult)
 {
     orvasf::OrvBvhReader lReader;
     pResult = lReader.Read(pPath.c_str(), pImport.mScene->GetRootNode(), nullptr);
@@ -147,7 +63,7 @@ void ReadBvh(const std::string& pPath, Import& pImport, orvasf::OrvBvhReadResult
     pImport.mFrameCount = pResult.mFrameCount;
 }
 
-void WriteBvh(const Import& pImport, double pFramesPerSecond, const std::string& pPath)
+void WriteBvh(const HostImport& pImport, double pFramesPerSecond, const std::string& pPath)
 {
     orvasf::OrvBvhWriteSettings lSettings;
     lSettings.mFramesPerSecond = pFramesPerSecond;
@@ -160,21 +76,14 @@ void WriteBvh(const Import& pImport, double pFramesPerSecond, const std::string&
 // does: the rest pose from rotation offsets and pre-rotations when the host keeps it there,
 // from the local transform otherwise, and always for a single frame, which an import keeps only
 // in the rest pose.
-void WriteAsfAmc(const Import& pImport, bool pTranslationDofs, bool pRestInOffsets, double pFramesPerSecond,
+void WriteAsfAmc(const HostImport& pImport, bool pTranslationDofs, bool pRestInOffsets, double pFramesPerSecond,
                  const std::string& pAsf, const std::string& pAmc)
 {
-    OrvAsfScene lSkeleton;
-    const bool lUseLocalTransform = !pRestInOffsets || pImport.mFrameCount == 1;
-    lSkeleton.ORVToASF(pImport.mRoot, pTranslationDofs, OrvVector4(1.0, 1.0, 1.0), lUseLocalTransform);
-    OrvFileAcclaimAsf lFile(false);
-    ASSERT_TRUE(lFile.Create(pAsf.c_str()));
-    ASSERT_TRUE(lFile.Write(&lSkeleton));
-    ASSERT_TRUE(lFile.Close());
     orvasf::OrvAmcWriteSettings lSettings;
     lSettings.mFramesPerSecond = pFramesPerSecond;
     lSettings.mFrameCount = pImport.mFrameCount;
-    orvasf::OrvAmcWriter lWriter;
-    ASSERT_TRUE(lWriter.Write(pAmc.c_str(), lSkeleton, pImport.mRoot, lSettings));
+    const bool lUseLocalTransform = !pRestInOffsets || pImport.mFrameCount == 1;
+    asftest::WriteAsfAmc(pImport.mRoot, pTranslationDofs, lUseLocalTransform, lSettings, pAsf, pAmc);
 }
 
 // The frames to compare: all, or under the sanitizers every kSanitizedStride-th and the last.
@@ -195,11 +104,6 @@ struct Tally
     long long mFrames = 0;
     long long mPositions = 0;
 
-    void Add(const bvhtest::Vec3& pA, const bvhtest::Vec3& pB)
-    {
-        mLargest = std::max(mLargest, bvhtest::Distance(pA, pB));
-        ++mPositions;
-    }
     void Print(const char* pCheck, const char* pUnit) const
     {
         std::cout << pCheck << ": " << mFiles << " runs, " << mFrames << " frames, " << mPositions
@@ -207,55 +111,79 @@ struct Tally
     }
 };
 
-const bvhtest::Vec3* Find(const std::unordered_map<std::string, bvhtest::Vec3>& pPositions, const std::string& pName)
+// Compares the host below pRoot, keyed at pFramesPerSecond, with every checked frame of pMotion,
+// finding the host position of each BVH entry with pFind.
+template <typename FindNode>
+void CompareMotion(const bvhtest::Motion& pMotion, OrvNode* pRoot, double pFramesPerSecond, FindNode pFind, Tally& pTally)
 {
-    const auto lFound = pPositions.find(pName);
-    return lFound == pPositions.end() ? nullptr : &lFound->second;
-}
-
-std::string WithoutNameSpace(const std::string& pName)
-{
-    const size_t lColon = pName.rfind(':');
-    return lColon == std::string::npos ? pName : pName.substr(lColon + 1);
+    ++pTally.mFiles;
+    for (int f : FramesToCheck(static_cast<int>(pMotion.mFrames.size())))
+    {
+        const bvhtest::PositionMap lHost = bvhtest::HostPositions(pRoot, OrvTime::FromFrame(f, pFramesPerSecond));
+        bvhtest::CompareFrame(pMotion, static_cast<size_t>(f), lHost, pFind, pTally.mLargest);
+        if (::testing::Test::HasFatalFailure()) return;
+        ++pTally.mFrames;
+        pTally.mPositions += static_cast<long long>(pMotion.mJoints.size());
+    }
 }
 
 // Where an imported ASF skeleton keeps the joint of BVH entry pJoint: the ROOT is "root"; a joint
 // is the node of its bone, or, when its bone was pruned as a zero-length end, the end node of its
 // parent's bone; an End Site is the end node of its joint's bone, or the joint itself when it
 // sits at the joint (a zero-length bone gets no end node).
-const bvhtest::Vec3* ImportedJoint(const bvhtest::Motion& pMotion, size_t pJoint,
-                                   const std::unordered_map<std::string, bvhtest::Vec3>& pPositions)
+const bvhtest::Vec3* ImportedJoint(const bvhtest::Motion& pMotion, size_t pJoint, const bvhtest::PositionMap& pPositions)
 {
     const bvhtest::Joint& lJoint = pMotion.mJoints[pJoint];
-    if (lJoint.mParent < 0) return Find(pPositions, "root");
+    if (lJoint.mParent < 0) return bvhtest::Find(pPositions, "root");
     const bvhtest::Joint& lParent = pMotion.mJoints[static_cast<size_t>(lJoint.mParent)];
-    const std::string lParentName = lParent.mParent < 0 ? "root" : WithoutNameSpace(lParent.mName);
+    const std::string lParentName = lParent.mParent < 0 ? "root" : ExportedBoneName(lParent.mName);
     if (lJoint.mEndSite)
     {
-        const bvhtest::Vec3* lEnd = Find(pPositions, lParentName + "_End");
-        return lEnd ? lEnd : Find(pPositions, lParentName);
+        const bvhtest::Vec3* lEnd = bvhtest::Find(pPositions, lParentName + "_End");
+        return lEnd ? lEnd : bvhtest::Find(pPositions, lParentName);
     }
-    const bvhtest::Vec3* lOwn = Find(pPositions, WithoutNameSpace(lJoint.mName));
-    return lOwn ? lOwn : Find(pPositions, lParentName + "_End");
+    const bvhtest::Vec3* lOwn = bvhtest::Find(pPositions, ExportedBoneName(lJoint.mName));
+    return lOwn ? lOwn : bvhtest::Find(pPositions, lParentName + "_End");
 }
 
 // Compares every node of pFirst with the node of the same name in pLast at every checked frame.
-void CompareImports(const Import& pFirst, const Import& pLast, Tally& pTally)
+void CompareImports(const HostImport& pFirst, const HostImport& pLast, Tally& pTally)
 {
     ASSERT_EQ(pLast.mFrameCount, pFirst.mFrameCount);
     ++pTally.mFiles;
     for (int f : FramesToCheck(pFirst.mFrameCount))
     {
         const OrvTime lTime = OrvTime::FromFrame(f, kAmcFramesPerSecond);
-        const auto lFinal = bvhtest::HostPositions(pLast.mRoot, lTime);
-        for (const auto& lNode : bvhtest::HostPositions(pFirst.mRoot, lTime))
+        const bvhtest::PositionMap lFinal = bvhtest::HostPositions(pLast.mRoot, lTime);
+        for (const auto& [lName, lPosition] : bvhtest::HostPositions(pFirst.mRoot, lTime))
         {
-            const bvhtest::Vec3* lAgain = Find(lFinal, lNode.first);
-            ASSERT_NE(lAgain, nullptr) << lNode.first;
-            pTally.Add(*lAgain, lNode.second);
+            const bvhtest::Vec3* lAgain = bvhtest::Find(lFinal, lName);
+            ASSERT_NE(lAgain, nullptr) << lName;
+            const double lDistance = bvhtest::Distance(*lAgain, lPosition);
+            if (!(lDistance <= pTally.mLargest)) pTally.mLargest = lDistance;
+            ++pTally.mPositions;
         }
         ++pTally.mFrames;
     }
+}
+
+// Imports pPair with pFlags, lets pWrite(first import, ASF path, AMC path) write a skeleton and
+// motion pair from it, imports that pair with pFlags and compares every node with the first
+// import. Long motions are left out under the sanitizers.
+template <typename Write>
+void RoundTrip(const MotionPair& pPair, const SetupFlags& pFlags, Write pWrite, Tally& pTally)
+{
+    HostImport lFirst;
+    ImportPair(pPair, pFlags, lFirst);
+    if (::testing::Test::HasFatalFailure() || (kSanitized && lFirst.mFrameCount > kSanitizedMaxFrames)) return;
+    const std::string lAsf = testfiles::ScratchPath(std::string(pPair.mAmc) + ".asf");
+    const std::string lAmc = testfiles::ScratchPath(std::string(pPair.mAmc) + ".amc");
+    pWrite(lFirst, lAsf, lAmc);
+    HostImport lLast;
+    if (!::testing::Test::HasFatalFailure()) ImportAsfAmc(lAsf, lAmc, pFlags, kAmcFramesPerSecond, lLast);
+    std::filesystem::remove(lAsf);
+    std::filesystem::remove(lAmc);
+    if (!::testing::Test::HasFatalFailure()) CompareImports(lFirst, lLast, pTally);
 }
 
 class BvhInterchangeRealData : public ::testing::Test
@@ -263,7 +191,7 @@ class BvhInterchangeRealData : public ::testing::Test
 protected:
     void SetUp() override
     {
-        if (!HaveSharedData()) GTEST_SKIP() << "no shared data folder";
+        if (!HasSharedData()) GTEST_SKIP() << "no shared data folder";
     }
 };
 
@@ -273,36 +201,21 @@ TEST_F(BvhInterchangeRealData, WrittenBvhPutsEveryJointWhereTheHostDoes)
 {
     Tally lTally;
     for (const MotionPair& lPair : kMotionPairs)
-        for (const Flags& lFlags : FlagSettings(true))
+        for (const SetupFlags& lFlags : FlagSettings(true))
         {
             SCOPED_TRACE(std::string(lPair.mAmc) + ", " + FlagsText(lFlags));
-            Import lImport;
-            ImportAsfAmc(DataPath("asf", lPair.mAsf, ".asf"), DataPath("amc", lPair.mAmc, ".amc"), lFlags, lImport);
+            HostImport lImport;
+            ImportPair(lPair, lFlags, lImport);
             if (HasFatalFailure()) return;
             if (kSanitized && lImport.mFrameCount > kSanitizedMaxFrames) continue;
-            const std::string lBvh = TempPath(std::string(lPair.mAmc) + ".bvh");
+            const std::string lBvh = testfiles::ScratchPath(std::string(lPair.mAmc) + ".bvh");
             WriteBvh(lImport, kAmcFramesPerSecond, lBvh);
             const bvhtest::Motion lMotion = bvhtest::ReadFile(lBvh);
             std::filesystem::remove(lBvh);
             ASSERT_TRUE(lMotion.mValid);
             ASSERT_EQ(static_cast<int>(lMotion.mFrames.size()), lImport.mFrameCount);
-            ++lTally.mFiles;
-            for (int f : FramesToCheck(lImport.mFrameCount))
-            {
-                const auto lHost = bvhtest::HostPositions(lImport.mRoot, OrvTime::FromFrame(f, kAmcFramesPerSecond));
-                const std::vector<bvhtest::Vec3> lPosed = bvhtest::WorldPositions(lMotion, static_cast<size_t>(f));
-                for (size_t j = 0; j < lMotion.mJoints.size(); ++j)
-                {
-                    const bvhtest::Joint& lJoint = lMotion.mJoints[j];
-                    // An End Site without an end node sits at its joint.
-                    const bvhtest::Vec3* lNode = Find(lHost, lJoint.mName);
-                    if (!lNode && lJoint.mEndSite)
-                        lNode = Find(lHost, lMotion.mJoints[static_cast<size_t>(lJoint.mParent)].mName);
-                    ASSERT_NE(lNode, nullptr) << lJoint.mName;
-                    lTally.Add(*lNode, lPosed[j]);
-                }
-                ++lTally.mFrames;
-            }
+            CompareMotion(lMotion, lImport.mRoot, kAmcFramesPerSecond, bvhtest::NodeOrJointOf, lTally);
+            if (HasFatalFailure()) return;
         }
     lTally.Print("ASF/AMC to BVH", "cm");
     EXPECT_LT(lTally.mLargest, 1e-3);
@@ -314,27 +227,16 @@ TEST_F(BvhInterchangeRealData, HostFromBvhPutsEveryJointWhereTheBvhMeaningDoes)
     for (const char* lName : kBvhFiles)
     {
         SCOPED_TRACE(lName);
-        const std::string lPath = DataPath("bvh", lName, ".bvh");
-        Import lImport;
+        const std::string lPath = SharedDataPath("bvh", lName, ".bvh");
+        HostImport lImport;
         orvasf::OrvBvhReadResult lResult;
         ReadBvh(lPath, lImport, lResult);
         if (HasFatalFailure()) return;
         const bvhtest::Motion lMotion = bvhtest::ReadFile(lPath);
         ASSERT_TRUE(lMotion.mValid);
         ASSERT_EQ(static_cast<int>(lMotion.mFrames.size()), lResult.mFrameCount);
-        ++lTally.mFiles;
-        for (int f : FramesToCheck(lResult.mFrameCount))
-        {
-            const auto lHost = bvhtest::HostPositions(lImport.mRoot, OrvTime::FromFrame(f, lResult.mFramesPerSecond));
-            const std::vector<bvhtest::Vec3> lPosed = bvhtest::WorldPositions(lMotion, static_cast<size_t>(f));
-            for (size_t j = 0; j < lMotion.mJoints.size(); ++j)
-            {
-                const bvhtest::Vec3* lNode = Find(lHost, lMotion.mJoints[j].mName);
-                ASSERT_NE(lNode, nullptr) << lMotion.mJoints[j].mName;
-                lTally.Add(*lNode, lPosed[j]);
-            }
-            ++lTally.mFrames;
-        }
+        CompareMotion(lMotion, lImport.mRoot, lResult.mFramesPerSecond, bvhtest::NodeNamed, lTally);
+        if (HasFatalFailure()) return;
     }
     lTally.Print("BVH in", "file units");
     EXPECT_LT(lTally.mLargest, 1e-4);
@@ -344,40 +246,30 @@ TEST_F(BvhInterchangeRealData, BvhToAsfAmcAndBackPutsEveryJointOfTheSourceInPlac
 {
     Tally lTally;
     for (const char* lName : kBvhFiles)
-        for (const Flags& lFlags : FlagSettings(true))
+        for (const SetupFlags& lFlags : FlagSettings(true))
         {
             SCOPED_TRACE(std::string(lName) + ", " + FlagsText(lFlags));
-            const std::string lPath = DataPath("bvh", lName, ".bvh");
-            Import lSource;
+            const std::string lPath = SharedDataPath("bvh", lName, ".bvh");
+            HostImport lSource;
             orvasf::OrvBvhReadResult lResult;
             ReadBvh(lPath, lSource, lResult);
             if (HasFatalFailure()) return;
             if (kSanitized && lResult.mFrameCount > kSanitizedMaxFrames) continue;
-            const std::string lAsf = TempPath(std::string(lName) + ".asf");
-            const std::string lAmc = TempPath(std::string(lName) + ".amc");
+            const std::string lAsf = testfiles::ScratchPath(std::string(lName) + ".asf");
+            const std::string lAmc = testfiles::ScratchPath(std::string(lName) + ".amc");
             WriteAsfAmc(lSource, lResult.mHasJointTranslation, true, lResult.mFramesPerSecond, lAsf, lAmc);
-            Import lBack;
-            if (!HasFatalFailure()) ImportAsfAmc(lAsf, lAmc, lFlags, lBack);
+            HostImport lBack;
+            if (!HasFatalFailure()) ImportAsfAmc(lAsf, lAmc, lFlags, kAmcFramesPerSecond, lBack);
             std::filesystem::remove(lAsf);
             std::filesystem::remove(lAmc);
             if (HasFatalFailure()) return;
 
             const bvhtest::Motion lMotion = bvhtest::ReadFile(lPath);
+            ASSERT_EQ(static_cast<int>(lMotion.mFrames.size()), lResult.mFrameCount);
             ASSERT_EQ(lBack.mFrameCount, lResult.mFrameCount);
-            ++lTally.mFiles;
-            for (int f : FramesToCheck(lResult.mFrameCount))
-            {
-                // The import keys frame f at f / 120 s, the BVH at f times its frame time.
-                const auto lHost = bvhtest::HostPositions(lBack.mRoot, OrvTime::FromFrame(f, kAmcFramesPerSecond));
-                const std::vector<bvhtest::Vec3> lPosed = bvhtest::WorldPositions(lMotion, static_cast<size_t>(f));
-                for (size_t j = 0; j < lMotion.mJoints.size(); ++j)
-                {
-                    const bvhtest::Vec3* lNode = ImportedJoint(lMotion, j, lHost);
-                    ASSERT_NE(lNode, nullptr) << lMotion.mJoints[j].mName;
-                    lTally.Add(*lNode, lPosed[j]);
-                }
-                ++lTally.mFrames;
-            }
+            // The import keys frame f at f / 120 s, the BVH at f times its frame time.
+            CompareMotion(lMotion, lBack.mRoot, kAmcFramesPerSecond, ImportedJoint, lTally);
+            if (HasFatalFailure()) return;
         }
     lTally.Print("BVH to ASF/AMC and back", "file units");
     EXPECT_LT(lTally.mLargest, 1e-3);
@@ -387,28 +279,21 @@ TEST_F(BvhInterchangeRealData, AsfAmcToBvhToAsfAmcPutsEveryNodeOfTheFirstImportI
 {
     Tally lTally;
     for (const MotionPair& lPair : kMotionPairs)
-        for (const Flags& lFlags : FlagSettings(false))
+        for (const SetupFlags& lFlags : FlagSettings(false))
         {
             SCOPED_TRACE(std::string(lPair.mAmc) + ", " + FlagsText(lFlags));
-            Import lFirst;
-            ImportAsfAmc(DataPath("asf", lPair.mAsf, ".asf"), DataPath("amc", lPair.mAmc, ".amc"), lFlags, lFirst);
+            const auto lThroughBvh = [&lPair](const HostImport& pFirst, const std::string& pAsf, const std::string& pAmc) {
+                const std::string lBvh = testfiles::ScratchPath(std::string(lPair.mAmc) + ".bvh");
+                WriteBvh(pFirst, kAmcFramesPerSecond, lBvh);
+                HostImport lMiddle;
+                orvasf::OrvBvhReadResult lResult;
+                if (!HasFatalFailure()) ReadBvh(lBvh, lMiddle, lResult);
+                std::filesystem::remove(lBvh);
+                if (!HasFatalFailure())
+                    WriteAsfAmc(lMiddle, lResult.mHasJointTranslation, true, lResult.mFramesPerSecond, pAsf, pAmc);
+            };
+            RoundTrip(lPair, lFlags, lThroughBvh, lTally);
             if (HasFatalFailure()) return;
-            if (kSanitized && lFirst.mFrameCount > kSanitizedMaxFrames) continue;
-            const std::string lBvh = TempPath(std::string(lPair.mAmc) + ".bvh");
-            const std::string lAsf = TempPath(std::string(lPair.mAmc) + ".asf");
-            const std::string lAmc = TempPath(std::string(lPair.mAmc) + ".amc");
-            WriteBvh(lFirst, kAmcFramesPerSecond, lBvh);
-            Import lMiddle;
-            orvasf::OrvBvhReadResult lResult;
-            if (!HasFatalFailure()) ReadBvh(lBvh, lMiddle, lResult);
-            if (!HasFatalFailure())
-                WriteAsfAmc(lMiddle, lResult.mHasJointTranslation, true, lResult.mFramesPerSecond, lAsf, lAmc);
-            Import lLast;
-            if (!HasFatalFailure()) ImportAsfAmc(lAsf, lAmc, lFlags, lLast);
-            for (const std::string& lFile : {lBvh, lAsf, lAmc}) std::filesystem::remove(lFile);
-            if (HasFatalFailure()) return;
-
-            CompareImports(lFirst, lLast, lTally);
         }
     lTally.Print("ASF/AMC to BVH to ASF/AMC", "cm");
     EXPECT_LT(lTally.mLargest, 1e-3);
@@ -418,21 +303,14 @@ TEST_F(BvhInterchangeRealData, AsfAmcToAsfAmcThroughTheHostPutsEveryNodeInPlace)
 {
     Tally lTally;
     for (const MotionPair& lPair : kAsfPairs)
-        for (const Flags& lFlags : FlagSettings(true))
+        for (const SetupFlags& lFlags : FlagSettings(true))
         {
             SCOPED_TRACE(std::string(lPair.mAmc) + ", " + FlagsText(lFlags));
-            Import lFirst;
-            ImportAsfAmc(DataPath("asf", lPair.mAsf, ".asf"), DataPath("amc", lPair.mAmc, ".amc"), lFlags, lFirst);
+            const auto lDirect = [&lFlags](const HostImport& pFirst, const std::string& pAsf, const std::string& pAmc) {
+                WriteAsfAmc(pFirst, false, lFlags.mUseRotationOffset, kAmcFramesPerSecond, pAsf, pAmc);
+            };
+            RoundTrip(lPair, lFlags, lDirect, lTally);
             if (HasFatalFailure()) return;
-            if (kSanitized && lFirst.mFrameCount > kSanitizedMaxFrames) continue;
-            const std::string lAsf = TempPath(std::string(lPair.mAmc) + ".asf");
-            const std::string lAmc = TempPath(std::string(lPair.mAmc) + ".amc");
-            WriteAsfAmc(lFirst, false, lFlags.mUseRotationOffset, kAmcFramesPerSecond, lAsf, lAmc);
-            Import lLast;
-            if (!HasFatalFailure()) ImportAsfAmc(lAsf, lAmc, lFlags, lLast);
-            for (const std::string& lFile : {lAsf, lAmc}) std::filesystem::remove(lFile);
-            if (HasFatalFailure()) return;
-            CompareImports(lFirst, lLast, lTally);
         }
     lTally.Print("ASF/AMC to ASF/AMC", "cm");
     EXPECT_LT(lTally.mLargest, 1e-3);

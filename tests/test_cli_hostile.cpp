@@ -6,6 +6,7 @@
 #include <signal.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -27,15 +28,30 @@ std::vector<std::string> SkeletonCutAtEverySection()
     return lCuts;
 }
 
-std::string ToUtf16(const std::string& pText)
+// pText (ASCII) as UTF-16 with its byte order mark.
+std::string ToUtf16(const std::string& pText, bool pBigEndian)
 {
-    std::string lWide = "\xff\xfe";
+    std::string lWide = pBigEndian ? "\xfe\xff" : "\xff\xfe";
     for (char lChar : pText)
     {
-        lWide += lChar;
-        lWide += '\0';
+        lWide += pBigEndian ? '\0' : lChar;
+        lWide += pBigEndian ? lChar : '\0';
     }
     return lWide;
+}
+
+// A text with a NUL byte put inside one of its lines, and the 1-based number of that line.
+struct TextWithNul
+{
+    std::string mText;
+    int mLine;
+};
+
+// pText with a NUL byte inserted at byte pAt, which lies inside a line.
+TextWithNul WithNulAt(const std::string& pText, size_t pAt)
+{
+    const int lLine = 1 + static_cast<int>(std::count(pText.begin(), pText.begin() + static_cast<long>(pAt), '\n'));
+    return {pText.substr(0, pAt) + '\0' + pText.substr(pAt), lLine};
 }
 
 std::string Garbage(size_t pSize)
@@ -95,6 +111,19 @@ protected:
         ExpectOutputUntouched(pCase);
     }
 
+    // The run was refused with exactly the error line pMessage on standard error (a FILE:LINE:
+    // prefix, or FILE: when pLine is 0), and left the output and the folder as they were.
+    void ExpectRefusedWith(const ToolRun& pRun, const std::string& pFile, int pLine, const std::string& pMessage,
+                           const std::string& pCase)
+    {
+        EXPECT_EQ(pRun.mStatus, kRefused) << pCase << "\n" << pRun.mErr;
+        const std::string lWhere = WorkPath(pFile).string() + (pLine > 0 ? ":" + std::to_string(pLine) : "");
+        const std::vector<std::string> lErr = Lines(pRun.mErr);
+        EXPECT_NE(std::find(lErr.begin(), lErr.end(), lWhere + ": error: " + pMessage), lErr.end())
+            << pCase << "\n" << pRun.mErr;
+        ExpectOutputUntouched(pCase);
+    }
+
     void ExpectOutputUntouched(const std::string& pCase)
     {
         EXPECT_EQ(ReadFile(WorkPath("out.json")), kPreviousOutput) << pCase;
@@ -109,10 +138,35 @@ TEST_F(HostileInputTest, BrokenSkeletonsAreRefusedWithFileAndLine)
     const std::vector<std::pair<std::string, std::string>> lCases = {
         {"empty file", ""},
         {"binary garbage", Garbage(4000)},
-        {"UTF-16 text", ToUtf16(lSample)},
         {"bone block without a length", Replace(lSample, "    length 7.1\n", "")},
     };
     for (const auto& [lCase, lText] : lCases) ExpectRefused(ImportSkeleton(lText), "in.asf", true, lCase);
+}
+
+TEST_F(HostileInputTest, NulBytesAndUtf16AreRefusedAtTheirLine)
+{
+    const std::string kNul = "NUL byte in line";
+    const std::string kUtf16 = "File is UTF-16 text; save it as ASCII or UTF-8";
+    const std::string lSkeleton = ReadFile(kSampleAsf);
+    // In a value, in the first comment, and in the last line (the hierarchy's "end").
+    for (const size_t lAt : {lSkeleton.find("length 0.45") + 8, size_t{3}, lSkeleton.rfind("end")})
+    {
+        const TextWithNul lBroken = WithNulAt(lSkeleton, lAt);
+        ExpectRefusedWith(ImportSkeleton(lBroken.mText), "in.asf", lBroken.mLine, kNul, "NUL at " + std::to_string(lAt));
+    }
+    ExpectRefusedWith(ImportSkeleton(ToUtf16(lSkeleton, false)), "in.asf", 1, kUtf16, "UTF-16 skeleton");
+
+    const std::string lMotion = ReadFile(kSampleAmc);
+    const TextWithNul lBrokenMotion = WithNulAt(lMotion, lMotion.find("ltibia 5") + 7);
+    ExpectRefusedWith(ImportMotion(lBrokenMotion.mText), "in.amc", lBrokenMotion.mLine, kNul, "NUL in a bone line");
+    ExpectRefusedWith(ImportMotion(ToUtf16(lMotion, true)), "in.amc", 1, kUtf16, "UTF-16 motion");
+}
+
+TEST_F(HostileInputTest, MotionWithoutFramesIsRefused)
+{
+    ExpectRefusedWith(ImportMotion(""), "in.amc", 0, "No frames in the file", "empty motion file");
+    ExpectRefusedWith(ImportMotion("# nothing yet\n:FULLY-SPECIFIED\n:DEGREES\n"), "in.amc", 3,
+                      "No frames in the file", "header lines only");
 }
 
 TEST_F(HostileInputTest, SkeletonCutAtAnySectionBoundaryIsRefused)
@@ -142,7 +196,6 @@ TEST_F(HostileInputTest, BrokenMotionsAreRefusedWithFileAndLine)
     const std::string lSample = ReadFile(kSampleAmc);
     const std::vector<std::pair<std::string, std::string>> lCases = {
         {"binary garbage", Garbage(4000)},
-        {"UTF-16 text", ToUtf16(lSample)},
         {"frame numbers going back", Replace(lSample, "\n3\n", "\n1\n")},
         {"frame number repeated", Replace(lSample, "\n3\n", "\n2\n")},
         {"three values for a bone of one DOF", Replace(lSample, "ltibia 5\n", "ltibia 5 0 0\n")},

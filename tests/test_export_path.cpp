@@ -5,6 +5,7 @@
 #include "tests/AsfTestSupport.h"
 #include "support/HostSceneSupport.h"
 #include "support/ReferenceKinematics.h"
+#include "support/ScratchFiles.h"
 
 #include "orvsdk/host/OrvAnimCurveNode.h"
 
@@ -16,7 +17,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-#include <unistd.h>
 
 using namespace orvsdk;
 using namespace orvsdk::asftest;
@@ -26,34 +26,12 @@ namespace {
 
 const OrvVector4 kUnitScale(1, 1, 1);
 
-void SetTranslation(OrvNode* pNode, double pX, double pY, double pZ)
-{
-    const double lValue[3] = {pX, pY, pZ};
-    pNode->LclTranslation.Set(lValue, eOrvDouble3);
-}
-
 // A host joint at (pX, pY, pZ) from its parent's joint, by local translation.
 OrvNode* AddJoint(OrvNode* pParent, const char* pName, double pX, double pY, double pZ)
 {
     OrvNode* lNode = AddNode(pParent, pName);
-    SetTranslation(lNode, pX, pY, pZ);
+    SetProperty(lNode->LclTranslation, OrvVector4(pX, pY, pZ));
     return lNode;
-}
-
-reference::Mat3 RotationOf(const OrvAMatrix& pMatrix)
-{
-    reference::Mat3 lR{};
-    for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 3; ++c) lR[r][c] = pMatrix(r, c);
-    return lR;
-}
-
-double Deviation(const reference::Mat3& pA, const reference::Mat3& pB)
-{
-    double lMax = 0.0;
-    for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 3; ++c) lMax = std::max(lMax, std::fabs(pA[r][c] - pB[r][c]));
-    return lMax;
 }
 
 std::vector<int> Dofs(const OrvAsfNode* pBone)
@@ -185,8 +163,7 @@ TEST_F(ExportPath, RestRotationCombinesPreRotationLocalRotationAndPostRotation)
     lJoint->SetRotationOrder(OrvNode::eSourcePivot, OrvEuler::eOrderZYX);
     lJoint->SetPreRotation(OrvNode::eSourcePivot, OrvVector4(10, 0, 0));
     lJoint->SetPostRotation(OrvNode::eSourcePivot, OrvVector4(0, 0, 5));
-    const double lRotation[3] = {15, 20, 25};
-    lJoint->LclRotation.Set(lRotation, eOrvDouble3);
+    SetProperty(lJoint->LclRotation, OrvVector4(15, 20, 25));
 
     using namespace orvsdk::reference;
     const Mat3 lPre = AxisRotation(0, 10);
@@ -196,7 +173,7 @@ TEST_F(ExportPath, RestRotationCombinesPreRotationLocalRotationAndPostRotation)
     {
         mAsf.ORVToASF(mHostRoot, false, kUnitScale, lUseLocalTransform);
         const OrvAsfNode* lBone = mAsf.mRoot->Find("Joint");
-        EXPECT_LT(Deviation(RotationOf(lBone->mAxisMatrix), lUseLocalTransform ? lFull : lPre), 1e-12);
+        EXPECT_LT(math3::LargestDifference(RotationOf(lBone->mAxisMatrix), lUseLocalTransform ? lFull : lPre), 1e-12);
         // The child's offset is given in the joint's frame and comes out in world axes.
         const Vec3 lVector = Apply(lUseLocalTransform ? lFull : lPre, Vec3{0, 3, 0});
         ExpectVectorNear(lBone->mDirection * lBone->mLength * 2.54, lVector[0], lVector[1], lVector[2], 1e-12);
@@ -207,8 +184,7 @@ TEST_F(ExportPath, RestRotationCombinesPreRotationLocalRotationAndPostRotation)
 TEST_F(ExportPath, ScalesAccumulateDownTheHierarchy)
 {
     OrvNode* lA = AddJoint(mHostRoot, "A", 1, 1, 0);
-    const double lDouble[3] = {2, 2, 2};
-    lA->LclScaling.Set(lDouble, eOrvDouble3);
+    SetProperty(lA->LclScaling, OrvVector4(2, 2, 2));
     AddJoint(AddJoint(lA, "B", 0, 3, 0), "C", 0, 0, 4);
 
     mAsf.ORVToASF(mHostRoot, false, OrvVector4(2, 1, 1), true);
@@ -286,22 +262,19 @@ namespace {
 
 struct Pairing
 {
-    bool mUseRotationOffset;
-    bool mUsePreRotation;
+    SetupFlags mFlags;
     bool mUseLocalTransform;
 };
 
 // The two pairings in which the rest pose reaches the exporter: in local transforms, or in
 // rotation offsets and pre-rotations.
-const Pairing kPairings[] = {{false, false, true}, {true, true, false}};
+const Pairing kPairings[] = {{{false, false}, true}, {{true, true}, false}};
 
 reference::Skeleton DescribeFile(const std::string& pPath)
 {
-    OrvFileAcclaimAsf lFile(false);
-    OrvAsfScene lScene;
-    EXPECT_TRUE(lFile.Open(pPath.c_str()));
-    EXPECT_TRUE(lFile.Read(&lScene, false, false, false));
-    return lScene.mRoot ? reference::DescribeSkeleton(lScene) : reference::Skeleton();
+    const auto lRead = ReadAsfFile(pPath);
+    EXPECT_TRUE(lRead->mRead) << pPath;
+    return lRead->mScene.mRoot ? reference::DescribeSkeleton(lRead->mScene) : reference::Skeleton();
 }
 
 // Imports the file with the pairing's set-up flags, exports the host nodes and writes the result
@@ -309,11 +282,10 @@ reference::Skeleton DescribeFile(const std::string& pPath)
 void ExportThroughHost(const std::string& pInput, Pairing pPairing, const std::string& pOutput)
 {
     ScenePointer lHost = CreateHostScene();
-    OrvFileAcclaimAsf lReader(false);
-    OrvAsfScene lImported;
-    ASSERT_TRUE(lReader.Open(pInput.c_str()));
-    ASSERT_TRUE(lReader.Read(&lImported, false, pPairing.mUseRotationOffset, pPairing.mUsePreRotation));
-    OrvNode* lRoot = lImported.ASFToORV(lHost.get(), "Take", true, pPairing.mUseRotationOffset, pPairing.mUsePreRotation);
+    const auto lImported = ReadAsfFile(pInput, false, pPairing.mFlags);
+    ASSERT_TRUE(lImported->mRead);
+    OrvNode* lRoot = lImported->mScene.ASFToORV(lHost.get(), "Take", true, pPairing.mFlags.mUseRotationOffset,
+                                               pPairing.mFlags.mUsePreRotation);
     lHost->GetRootNode()->AddChild(lRoot);
 
     OrvAsfScene lExported;
@@ -352,7 +324,7 @@ TEST(ExportRealSkeletons, RoundTripThroughTheHostKeepsEveryJoint)
 {
     const auto lFiles = RealAsfFiles();
     if (lFiles.empty()) GTEST_SKIP() << "no shared data folder";
-    const std::string lOutput = ::testing::TempDir() + "orv_export_" + std::to_string(getpid()) + ".asf";
+    const std::string lOutput = testfiles::ScratchPath("export.asf");
     double lLargest = 0.0;
     int lRoundTrips = 0;
     for (const auto& lPath : lFiles)

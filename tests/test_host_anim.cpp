@@ -9,20 +9,14 @@
 #include "orvsdk/host/OrvMemory.h"
 #include "orvsdk/host/OrvNode.h"
 #include "orvsdk/host/OrvScene.h"
+#include "support/HostSceneSupport.h"
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 using namespace orvsdk;
+using hosttest::AddKey;
 
 namespace {
-
-struct SceneDeleter
-{
-    void operator()(OrvScene* pScene) const { pScene->Destroy(); }
-};
-using ScenePtr = std::unique_ptr<OrvScene, SceneDeleter>;
 
 class HostAnimation : public ::testing::Test
 {
@@ -33,16 +27,12 @@ protected:
         mNode->LclTranslation.Set(lTranslation, eOrvDouble3);
     }
 
+    // A curve with the values keyed one tick apart from tick 0.
     OrvAnimCurve* MakeCurve(const char* pName, std::initializer_list<float> pValues)
     {
         OrvAnimCurve* lCurve = OrvAnimCurve::Create(mScene.get(), pName);
-        OrvAnimCurveKey lKey;
-        int lFrame = 0;
-        for (float lValue : pValues)
-        {
-            lKey.Set(OrvTime(lFrame), lValue);
-            lCurve->KeyAdd(OrvTime(lFrame++), lKey);
-        }
+        int64_t lTicks = 0;
+        for (float lValue : pValues) AddKey(lCurve, lTicks++, lValue);
         return lCurve;
     }
 
@@ -51,7 +41,7 @@ protected:
         return mScene->RootProperty.GetSrcObjectCount(OrvCriteria::ObjectType(pClass));
     }
 
-    ScenePtr mScene;
+    hosttest::ScenePointer mScene;
     OrvNode* mNode;
 };
 
@@ -263,13 +253,9 @@ TEST_F(HostAnimation, EvaluateInterpolatesLinearlyAndHoldsTheEndValues)
 {
     OrvAnimCurve* lCurve = OrvAnimCurve::Create(mScene.get(), "ry");
     EXPECT_EQ(0.0f, lCurve->Evaluate(OrvTime(5)));
-    OrvAnimCurveKey lKey;
-    lKey.Set(OrvTime(100), -2.0f);
-    lCurve->KeyAdd(OrvTime(100), lKey);
-    lKey.Set(OrvTime(200), 6.0f);
-    lCurve->KeyAdd(OrvTime(200), lKey);
-    lKey.Set(OrvTime(300), 6.0f);
-    lCurve->KeyAdd(OrvTime(300), lKey);
+    AddKey(lCurve, 100, -2.0f);
+    AddKey(lCurve, 200, 6.0f);
+    AddKey(lCurve, 300, 6.0f);
 
     EXPECT_EQ(-2.0f, lCurve->Evaluate(OrvTime(-1000)));
     EXPECT_EQ(-2.0f, lCurve->Evaluate(OrvTime(100)));
@@ -302,16 +288,11 @@ TEST_F(HostAnimation, ReservedRoomChangesNoKey)
     lCurve->KeyReserve(-5);
     lCurve->KeyReserve(0);
     EXPECT_EQ(0, lCurve->KeyGetCount());
-    OrvAnimCurveKey lKey;
-    const auto lAdd = [&](int64_t pTicks, float pValue) {
-        lKey.Set(OrvTime(pTicks), pValue);
-        lCurve->KeyAdd(OrvTime(pTicks), lKey);
-    };
-    lAdd(10, 1.0f);
-    lAdd(20, 2.0f);
+    AddKey(lCurve, 10, 1.0f);
+    AddKey(lCurve, 20, 2.0f);
     lCurve->KeyReserve(1000);
     lCurve->KeyReserve(1);
-    lAdd(15, 1.5f);
+    AddKey(lCurve, 15, 1.5f);
     EXPECT_EQ(3, lCurve->KeyGetCount());
     EXPECT_EQ(1.5f, lCurve->KeyGetValue(1));
     EXPECT_EQ(20, lCurve->KeyGetTime(2).Get());

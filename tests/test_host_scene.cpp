@@ -11,54 +11,30 @@
 #include "orvsdk/host/OrvScene.h"
 #include "orvsdk/host/OrvSkeleton.h"
 
+#include "support/HostSceneSupport.h"
+#include "support/ReferenceKinematics.h"
+
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <memory>
-
 using namespace orvsdk;
+using hosttest::ScenePointer;
 
 namespace {
 
-struct SceneDeleter
+ScenePointer MakeScene()
 {
-    void operator()(OrvScene* pScene) const { pScene->Destroy(); }
-};
-using ScenePtr = std::unique_ptr<OrvScene, SceneDeleter>;
-
-ScenePtr MakeScene()
-{
-    return ScenePtr(OrvScene::Create("Scene"));
+    return ScenePointer(OrvScene::Create("Scene"));
 }
 
-// Right-handed rotation of pDegrees about axis pAxis (0 X, 1 Y, 2 Z), written out by hand.
-OrvAMatrix AxisRotation(int pAxis, double pDegrees)
+// The X, Y, Z angles pAngles applied one axis after the other in the sequence of pOrder, or the
+// inverse of that rotation, computed by the independent maths of the tests.
+OrvAMatrix RotationInSequence(const OrvVector4& pAngles, int pOrder, bool pInverse = false)
 {
-    const double lRadians = pDegrees * 3.14159265358979323846 / 180.0;
-    const int j = (pAxis + 1) % 3;
-    const int k = (pAxis + 2) % 3;
+    const math3::Mat3 lRotation = reference::EulerRotation(pAngles, pOrder);
     OrvAMatrix lMatrix;
-    lMatrix(j, j) = std::cos(lRadians);
-    lMatrix(j, k) = -std::sin(lRadians);
-    lMatrix(k, j) = std::sin(lRadians);
-    lMatrix(k, k) = std::cos(lRadians);
-    return lMatrix;
-}
-
-// The X, Y, Z angles pAngles applied one axis after the other in the sequence of pOrder.
-OrvAMatrix RotationInSequence(const OrvVector4& pAngles, int pOrder)
-{
-    OrvAMatrix lRotation;
-    for (int lAxis : OrvEuler::AxisTable[pOrder]) lRotation = AxisRotation(lAxis, pAngles[lAxis]) * lRotation;
-    return lRotation;
-}
-
-OrvAMatrix Transposed(const OrvAMatrix& pRotation)
-{
-    OrvAMatrix lResult;
     for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 3; ++c) lResult(r, c) = pRotation(c, r);
-    return lResult;
+        for (int c = 0; c < 3; ++c) lMatrix(r, c) = pInverse ? lRotation[c][r] : lRotation[r][c];
+    return lMatrix;
 }
 
 OrvAMatrix Translation(const OrvVector4& pVector)
@@ -111,13 +87,13 @@ TEST(HostNodeTransform, LocalTransformComposesOffsetPreRotationOrderPostRotation
     for (int lOrder = 0; lOrder < 6; ++lOrder)
     {
         SCOPED_TRACE(lOrder);
-        ScenePtr lScene = MakeScene();
+        ScenePointer lScene = MakeScene();
         OrvNode* lNode = MakeTransformedNode(*lScene, static_cast<OrvEuler::EOrder>(lOrder));
 
         const OrvAMatrix lExpected = Translation(OrvVector4(1.5, -2.0, 2.0)) *
                                      RotationInSequence(OrvVector4(5.0, -15.0, 25.0), 0) *
                                      RotationInSequence(OrvVector4(10.0, 20.0, 30.0), lOrder) *
-                                     Transposed(RotationInSequence(OrvVector4(-7.0, 12.0, 3.0), 0)) *
+                                     RotationInSequence(OrvVector4(-7.0, 12.0, 3.0), 0, true) *
                                      Scaling(OrvVector4(1.0, 2.0, 0.5));
         ExpectMatrixNear(lExpected, lNode->EvaluateLocalTransform());
     }
@@ -125,7 +101,7 @@ TEST(HostNodeTransform, LocalTransformComposesOffsetPreRotationOrderPostRotation
 
 TEST(HostNodeTransform, InactiveRotationIgnoresOrderPreAndPostRotationButKeepsOffset)
 {
-    ScenePtr lScene = MakeScene();
+    ScenePointer lScene = MakeScene();
     OrvNode* lNode = MakeTransformedNode(*lScene, OrvEuler::eOrderZYX);
     lNode->SetRotationActive(false);
 
@@ -137,7 +113,7 @@ TEST(HostNodeTransform, InactiveRotationIgnoresOrderPreAndPostRotationButKeepsOf
 
 TEST(HostNodeTransform, DestinationPivotSettingsDoNotTakePartInEvaluation)
 {
-    ScenePtr lScene = MakeScene();
+    ScenePointer lScene = MakeScene();
     OrvNode* lNode = MakeTransformedNode(*lScene, OrvEuler::eOrderYZX);
     const OrvAMatrix lBefore = lNode->EvaluateLocalTransform();
     lNode->SetRotationOrder(OrvNode::eDestinationPivot, OrvEuler::eOrderXYZ);
@@ -151,7 +127,7 @@ TEST(HostNodeTransform, DestinationPivotSettingsDoNotTakePartInEvaluation)
 
 TEST(HostNodeTransform, CurvesKeyedAtTwoTimesAreInterpolatedAtTheMiddle)
 {
-    ScenePtr lScene = MakeScene();
+    ScenePointer lScene = MakeScene();
     OrvNode* lNode = MakeTransformedNode(*lScene, OrvEuler::eOrderZXY);
     const OrvTime lStart = OrvTime::FromSeconds(1.0);
     const OrvTime lEnd = OrvTime::FromSeconds(2.0);
@@ -177,14 +153,14 @@ TEST(HostNodeTransform, CurvesKeyedAtTwoTimesAreInterpolatedAtTheMiddle)
     const OrvAMatrix lExpected = Translation(OrvVector4(1.5, 6.0, 2.0)) *
                                  RotationInSequence(OrvVector4(5.0, -15.0, 25.0), 0) *
                                  RotationInSequence(OrvVector4(10.0, 20.0, 20.0), OrvEuler::eOrderZXY) *
-                                 Transposed(RotationInSequence(OrvVector4(-7.0, 12.0, 3.0), 0)) *
+                                 RotationInSequence(OrvVector4(-7.0, 12.0, 3.0), 0, true) *
                                  Scaling(OrvVector4(1.0, 2.0, 0.5));
     ExpectMatrixNear(lExpected, lNode->EvaluateLocalTransform(lMiddle));
 }
 
 TEST(HostNodeTransform, ChannelValueStandsInForACurveWithoutKeys)
 {
-    ScenePtr lScene = MakeScene();
+    ScenePointer lScene = MakeScene();
     OrvNode* lNode = OrvNode::Create(lScene.get(), "Joint");
     SetVector(lNode->LclTranslation, 1.0, 2.0, 3.0);
     OrvAnimCurveNode* lCurveNode = lNode->LclTranslation.GetCurveNode(nullptr, true);
@@ -201,7 +177,7 @@ TEST(HostNodeTransform, GlobalTransformIsTheProductOfLocalTransformsFromTheTopDo
     // └── Hips
     //     └── Spine
     //         └── Head
-    ScenePtr lScene = MakeScene();
+    ScenePointer lScene = MakeScene();
     OrvNode* lHips = MakeTransformedNode(*lScene, OrvEuler::eOrderXZY);
     OrvNode* lSpine = MakeTransformedNode(*lScene, OrvEuler::eOrderYXZ);
     OrvNode* lHead = OrvNode::Create(lScene.get(), "Head");
@@ -221,7 +197,7 @@ TEST(HostNodeTransform, GlobalTransformIsTheProductOfLocalTransformsFromTheTopDo
 
 TEST(HostProperty, ValuesAreReadAndWrittenOnlyWithTheirOwnTypeCode)
 {
-    ScenePtr lScene = MakeScene();
+    ScenePointer lScene = MakeScene();
     OrvNode* lNode = OrvNode::Create(lScene.get(), "Joint");
     double lScale[3] = {0.0, 0.0, 0.0};
     ASSERT_TRUE(lNode->LclScaling.Get(lScale, eOrvDouble3));
@@ -241,7 +217,7 @@ TEST(HostProperty, ValuesAreReadAndWrittenOnlyWithTheirOwnTypeCode)
 
 TEST(HostScene, ObjectsAreConnectedToTheirSceneAndFoundByTypeAndName)
 {
-    ScenePtr lScene = MakeScene();
+    ScenePointer lScene = MakeScene();
     OrvNode* lNode = OrvNode::Create(lScene.get(), "ns:Hips");
     OrvAnimStack* lWalk = OrvAnimStack::Create(lScene.get(), "Walk");
     OrvAnimStack* lRun = OrvAnimStack::Create(lScene.get(), "Run");
@@ -266,7 +242,7 @@ TEST(HostScene, DestroyingANodeDisconnectsItFromParentChildrenAndScene)
     // └── Hips
     //     └── Spine
     //         └── Head
-    ScenePtr lScene = MakeScene();
+    ScenePointer lScene = MakeScene();
     OrvNode* lHips = OrvNode::Create(lScene->GetRootNode(), "Hips");
     OrvNode* lSpine = OrvNode::Create(lHips, "Spine");
     OrvNode* lHead = OrvNode::Create(lSpine, "Head");
@@ -283,7 +259,7 @@ TEST(HostScene, DestroyingANodeDisconnectsItFromParentChildrenAndScene)
 
 TEST(HostScene, RecursiveDestroyTakesTheObjectsConnectedBelow)
 {
-    ScenePtr lScene = MakeScene();
+    ScenePointer lScene = MakeScene();
     OrvNode* lHips = OrvNode::Create(lScene->GetRootNode(), "Hips");
     OrvNode* lSpine = OrvNode::Create(lHips, "Spine");
     OrvNode::Create(lSpine, "Head");
@@ -299,7 +275,7 @@ TEST(HostScene, RecursiveDestroyTakesTheObjectsConnectedBelow)
 
 TEST(HostScene, RootNodeSurvivesDestroy)
 {
-    ScenePtr lScene = MakeScene();
+    ScenePointer lScene = MakeScene();
     OrvNode* lRoot = lScene->GetRootNode();
     OrvNode::Create(lRoot, "Hips");
     lRoot->Destroy(true);
@@ -324,8 +300,8 @@ TEST(HostScene, SceneDestroyFreesEverythingItOwns)
 
 TEST(HostScene, ObjectsOfAnotherSceneCannotBeConnected)
 {
-    ScenePtr lFirst = MakeScene();
-    ScenePtr lSecond = MakeScene();
+    ScenePointer lFirst = MakeScene();
+    ScenePointer lSecond = MakeScene();
     OrvNode* lNode = OrvNode::Create(lFirst.get(), "Hips");
     OrvNode* lStranger = OrvNode::Create(lSecond.get(), "Hips");
 
@@ -340,7 +316,7 @@ TEST(HostScene, ObjectsOfAnotherSceneCannotBeConnected)
 
 TEST(HostNodeHierarchy, AddChildReparentsAndRefusesCycles)
 {
-    ScenePtr lScene = MakeScene();
+    ScenePointer lScene = MakeScene();
     OrvNode* lA = OrvNode::Create(lScene.get(), "A");
     OrvNode* lB = OrvNode::Create(lScene.get(), "B");
     OrvNode* lC = OrvNode::Create(lScene.get(), "C");
@@ -372,7 +348,7 @@ TEST(HostNodeHierarchy, FindChildSearchesDirectChildrenBeforeSubtreesInChildOrde
     // ├── B
     // │   └── Target       (depth 2, under the second child)
     // └── C
-    ScenePtr lScene = MakeScene();
+    ScenePointer lScene = MakeScene();
     OrvNode* lTop = OrvNode::Create(lScene.get(), "Top");
     OrvNode* lA = OrvNode::Create(lTop, "A");
     OrvNode* lB = OrvNode::Create(lTop, "B");
@@ -391,7 +367,7 @@ TEST(HostNodeHierarchy, FindChildSearchesDirectChildrenBeforeSubtreesInChildOrde
 
 TEST(HostNodeHierarchy, NodeAttributeIsReplacedAndSkeletonRecognised)
 {
-    ScenePtr lScene = MakeScene();
+    ScenePointer lScene = MakeScene();
     OrvNode* lNode = OrvNode::Create(lScene.get(), "Hips");
     OrvSkeleton* lSkeleton = OrvSkeleton::Create(lScene.get(), "");
     lSkeleton->SetSkeletonType(OrvSkeleton::eLimbNode);

@@ -153,10 +153,36 @@ TEST(HostTextFile, CrLfAndBlankLines)
     EXPECT_EQ(lEveryLine.GetLineNumber(), 4);
 }
 
-TEST(HostTextFile, NulBytesAreDelimiters)
+TEST(HostTextFile, NulByteRefusesItsLineAndEndsTheWalk)
 {
-    Reader lFile(std::string("ab\0cd\n\0\0\nef", 11));
-    EXPECT_EQ(Walk(lFile), "ab cd |ef |");
+    // In a token, in a comment, and alone on a line that would otherwise be skipped as empty.
+    for (const std::string& lBad : {std::string("b\0c", 3), std::string("b # x\0", 6), std::string(1, '\0')})
+    {
+        Reader lFile("a 1\n" + lBad + "\r\nd\n");
+        EXPECT_EQ(Walk(lFile), "a 1 |");
+        EXPECT_TRUE(lFile.mEndOfFile);
+        EXPECT_FALSE(lFile.NextLine());
+        EXPECT_EQ(lFile.GetLineNumber(), 2);
+        ASSERT_EQ(lFile.GetMessages().size(), 1u);
+        EXPECT_EQ(lFile.FormatMessage(lFile.GetMessages()[0]), "walk.asf:2: error: NUL byte in line");
+    }
+}
+
+TEST(HostTextFile, Utf8ByteOrderMarkIsSkipped)
+{
+    Reader lFile("\xEF\xBB\xBF:version 1.10\nx\n");
+    EXPECT_EQ(lFile.GetLineNumber(), 1);
+    EXPECT_EQ(lFile.Check(kSections), 0);
+    EXPECT_EQ(Walk(lFile), ":version 1.10 |x |");
+    ASSERT_TRUE(lFile.FirstLine());
+    EXPECT_EQ(lFile.Check(kSections), 0);
+
+    Reader lMarkOnly("\xEF\xBB\xBF");
+    EXPECT_TRUE(lMarkOnly.mEndOfFile);
+    // Byte order marks count only at the start: elsewhere these are Latin-1 letters.
+    Reader lLatin1("a\n\xFF\xFE b\n\xEF\xBB\xBF\n");
+    EXPECT_EQ(Walk(lLatin1), "a |\xFF\xFE b |\xEF\xBB\xBF |");
+    EXPECT_TRUE(lMarkOnly.GetMessages().empty() && lLatin1.GetMessages().empty());
 }
 
 TEST(HostTextFile, WalkingEndsCleanlyAndCanStartOver)
@@ -403,9 +429,10 @@ TEST(HostTextFile, ArbitraryBytesDoNotCrash)
 {
     std::mt19937 lRandom(12345);
     std::string lText(1 << 20, '\0');
+    // Every byte but NUL, which would end the walk at its line.
     for (char& lByte : lText)
     {
-        const auto lDraw = lRandom() % 300;
+        const auto lDraw = 1 + lRandom() % 299;
         lByte = static_cast<char>(lDraw < 256 ? lDraw : (lDraw < 280 ? '\n' : ' '));
     }
     OrvTextFile lFile("ASF", kDelimiters, "#", true, false);

@@ -196,6 +196,34 @@ TEST_F(HostileSkeleton, ChainAtTheDepthLimitImportsIntoHostNodes)
     EXPECT_EQ(lDepth, kLimit + 1);
 }
 
+namespace {
+
+// One frame of values for every bone of pRoot's tree that has a DOF, at frame pFrame: the root
+// moves to (pFrame + 1, 0, 0), every rx DOF turns to 10 * (pFrame + 1) degrees.
+void SampleFrame(OrvAsfNode* pRoot, int pFrame)
+{
+    OrvTime lTime = OrvTime::FromFrame(pFrame, 120.0);
+    pRoot->VisitPreOrder([&](OrvAsfNode* pBone) {
+        if (pBone->mDofCount == 0) return false;
+        double lValues[OrvAsfNode::kMaxDofs] = {};
+        for (int i = 0; i < pBone->mDofCount; ++i) lValues[i] = pBone->mDof[i] == 5 ? 10.0 * (pFrame + 1) : 0.0;
+        if (pBone == pRoot) lValues[0] = pFrame + 1;
+        pBone->AddSampleFromDOF(lValues, lTime, 1.0, 1.0, false, false);
+        return false;
+    });
+}
+
+// The node reached from pTop by taking the first child until there is none; pDepth receives
+// the number of steps.
+OrvNode* FirstChildDescent(OrvNode* pTop, int& pDepth)
+{
+    pDepth = 0;
+    for (; pTop->GetChildCount() > 0; pTop = pTop->GetChild(0)) ++pDepth;
+    return pTop;
+}
+
+} // namespace
+
 TEST(HostileTree, WalksSurviveAHundredThousandBoneChain)
 {
     // root - b1 - b2 - ... - b100000, built in code, past the reader's depth limit. Odd bones
@@ -215,6 +243,55 @@ TEST(HostileTree, WalksSurviveAHundredThousandBoneChain)
 
     lScene.mRoot->SetupPosition(false, false);
     EXPECT_DOUBLE_EQ(lBone->mLocalTranslation[1], 1.0);
+
+    // Through a host scene and back: curves, a sampling run of two frames, the node hierarchy, a
+    // merge onto it, the skeleton taken from it and bound to it again, the scene's teardown.
+    {
+        hosttest::ScenePointer lHost = hosttest::CreateHostScene("Take");
+        lScene.mRoot->CreateDataFromDOF(lHost.get());
+        lScene.mRoot->StartSamplingData();
+        SampleFrame(lScene.mRoot, 0);
+        SampleFrame(lScene.mRoot, 1);
+        lScene.mRoot->StopSamplingData();
+
+        OrvNode* lTop = lScene.ASFToORV(lHost.get(), "Take", true, false, false);
+        ASSERT_TRUE(lHost->GetRootNode()->AddChild(lTop));
+        // No end node: the last bone has length 0.
+        int lDepth = 0;
+        OrvNode* lLast = FirstChildDescent(lTop, lDepth);
+        EXPECT_EQ(lDepth, kHugeBoneCount);
+        EXPECT_STREQ(lLast->GetName(), BoneName(kHugeBoneCount).c_str());
+        OrvAnimCurveNode* lLastRotation = lLast->LclRotation.GetCurveNode(nullptr, false);
+        ASSERT_NE(lLastRotation, nullptr);
+        EXPECT_THAT(hosttest::KeyValues(lLastRotation->GetCurve(0)), ElementsAre(10.0f, 20.0f));
+
+        // The merge finds every bone's node and builds only the new bone below the last one.
+        OrvAsfNode* lTail = MakeBone("tail", {}, lBone);
+        lTail->mPosition = OrvVector4(0, 1, 0);
+        lTail->mLength = 1.0;
+        lScene.MergeASFToORV(lHost.get(), lHost->GetRootNode(), "Take", true, false, false);
+        EXPECT_EQ(lTop->GetChildCount(true), kHugeBoneCount + 2);
+        ASSERT_EQ(lLast->GetChildCount(), 1);
+        EXPECT_STREQ(lLast->GetChild(0)->GetName(), "tail");
+        EXPECT_STREQ(lLast->GetChild(0)->GetChild(0)->GetName(), "tail_End");
+        lBone->RemoveChild(lTail);
+        OrvAsfNode::Destroy(lTail);
+
+        // An offset of the root's node puts a dummy bone above it, whose name the merge then
+        // looks for through the whole hierarchy in vain.
+        lTop->SetRotationOffset(OrvNode::eSourcePivot, OrvVector4(1, 0, 0));
+        OrvAsfScene lExported;
+        EXPECT_TRUE(lExported.ORVToASF(lHost->GetRootNode(), false, OrvVector4(1, 1, 1), false));
+        OrvAsfNode* lExportedLast = lExported.mRoot->Find(BoneName(kHugeBoneCount).c_str());
+        ASSERT_NE(lExportedLast, nullptr);
+        EXPECT_EQ(DepthOf(lExportedLast), kHugeBoneCount + 2);
+        ASSERT_EQ(lExportedLast->mChildren.GetCount(), 1);
+        EXPECT_STREQ(lExportedLast->mChildren[0]->mName, "tail");
+        lExportedLast->mRotationCurveNode = nullptr;
+        EXPECT_TRUE(lExported.MergeORVToASF(lHost->GetRootNode()));
+        EXPECT_EQ(lExportedLast->mRotationCurveNode, lLastRotation);
+        lHost.reset();
+    }
 
     // The writer walks the whole chain; reading it back stops at the depth limit.
     const std::string lPath = TempPath("chain.asf");
@@ -240,6 +317,33 @@ TEST(HostileTree, WalksSurviveAHundredThousandBoneChain)
     EXPECT_EQ(CountSoundBones(lScene.mRoot), static_cast<size_t>(kHugeBoneCount / 2));
     EXPECT_EQ(lScene.mRoot->Find(BoneName(kHugeBoneCount).c_str()), nullptr);
     // The scene's destructor takes the remaining 50000-bone chain apart.
+}
+
+TEST(HostileTree, HostNodeChainOfAHundredThousandLevelsIsSearchedCountedAndDestroyed)
+{
+    // RootNode - b1 - b2 - ... - b100000, made from the bottom up: each new node takes the chain
+    // made so far as its child.
+    hosttest::ScenePointer lHost = hosttest::CreateHostScene("Take");
+    const int lObjectsBefore = lHost->GetObjectCount();
+    OrvNode* lTop = OrvNode::Create(lHost.get(), BoneName(kHugeBoneCount).c_str());
+    for (int i = kHugeBoneCount - 1; i >= 1; --i)
+    {
+        OrvNode* lNode = OrvNode::Create(lHost.get(), BoneName(i).c_str());
+        lNode->AddChild(lTop);
+        lTop = lNode;
+    }
+    ASSERT_TRUE(lHost->GetRootNode()->AddChild(lTop));
+
+    EXPECT_EQ(lTop->GetChildCount(true), kHugeBoneCount - 1);
+    int lDepth = 0;
+    const OrvNode* lDeepest = FirstChildDescent(lTop, lDepth);
+    EXPECT_EQ(lDepth, kHugeBoneCount - 1);
+    EXPECT_EQ(lHost->GetRootNode()->FindChild(BoneName(kHugeBoneCount).c_str()), lDeepest);
+    EXPECT_EQ(lTop->FindChild("missing"), nullptr);
+
+    lTop->Destroy(true);
+    EXPECT_EQ(lHost->GetObjectCount(), lObjectsBefore);
+    EXPECT_EQ(lHost->GetRootNode()->GetChildCount(), 0);
 }
 
 // --- Size -------------------------------------------------------------------------------------

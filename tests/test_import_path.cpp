@@ -207,7 +207,7 @@ TEST_F(ImportPath, CurvesStillOwnedDieWithTheBoneAndHandedOnesStay)
     EXPECT_NE(SceneCurve("spine_rx"), nullptr);
 }
 
-TEST_F(ImportPath, CurveNodePointersAreCachedFromTheNode)
+TEST_F(ImportPath, CurveNodePointersAreCachedFromTheNodeInItsScenesCurrentStack)
 {
     OrvAsfNode* lBone = MakeBone("bone");
     OrvNode* lNode = AddNode(mScene->GetRootNode(), "node");
@@ -228,22 +228,18 @@ TEST_F(ImportPath, CurveNodePointersAreCachedFromTheNode)
     EXPECT_EQ(lBone->mRotationCurveNode, nullptr);
     EXPECT_EQ(lBone->mScalingCurveNode, nullptr);
     OrvAsfNode::Destroy(lBone);
-}
 
-TEST_F(ImportPath, CurveNodePointersOfASceneWithoutCurrentStackAreNull)
-{
+    // A scene without a current stack: the pivots are still read, no curve node is found or made.
     ScenePointer lBare(OrvScene::Create("bare"));
-    OrvNode* lNode = AddNode(lBare->GetRootNode(), "node");
-    lNode->SetPreRotation(OrvNode::eSourcePivot, OrvVector4(4, 5, 6));
-    OrvAsfNode* lBone = MakeBone("bone");
-
-    lBone->GetCurveNodePointers(lNode);
-
-    EXPECT_EQ(lBone->mScene, lBare.get());
-    ExpectVectorNear(lBone->mPreRotation, 4, 5, 6, 0.0);
-    EXPECT_EQ(lBone->mTranslationCurveNode, nullptr);
+    OrvNode* lBareNode = AddNode(lBare->GetRootNode(), "node");
+    lBareNode->SetPreRotation(OrvNode::eSourcePivot, OrvVector4(4, 5, 6));
+    OrvAsfNode* lOther = MakeBone("other");
+    lOther->GetCurveNodePointers(lBareNode);
+    EXPECT_EQ(lOther->mScene, lBare.get());
+    ExpectVectorNear(lOther->mPreRotation, 4, 5, 6, 0.0);
+    EXPECT_EQ(lOther->mTranslationCurveNode, nullptr);
     EXPECT_EQ(lBare->GetCurrentAnimationStack(), nullptr);
-    OrvAsfNode::Destroy(lBone);
+    OrvAsfNode::Destroy(lOther);
 }
 
 // --- Samples -------------------------------------------------------------------------------------
@@ -423,10 +419,9 @@ TEST_F(ImportPath, EndNodeOffsetIsTheBoneVectorInTheBonesFrame)
     for (bool lUseRotationOffset : {false, true})
     {
         SCOPED_TRACE(lUseRotationOffset);
-        OrvFileAcclaimAsf lFile(false);
-        OrvAsfScene lAsf;
-        ASSERT_TRUE(ReadText(lFile, lAsf, kSkeleton, false, lUseRotationOffset, false));
-        OrvNode* lArm = lAsf.mRoot->Find("arm")->ASFToORV(mScene.get(), kTake, false, lUseRotationOffset, false);
+        const auto lRead = ReadAsfText(kSkeleton, false, {lUseRotationOffset, false});
+        ASSERT_TRUE(lRead->mRead);
+        OrvNode* lArm = lRead->mScene.mRoot->Find("arm")->ASFToORV(mScene.get(), kTake, false, lUseRotationOffset, false);
         const OrvNode* lEnd = lArm->GetChild(0);
 
         // arm points along world X and its frame is turned 90 degrees about Z.
@@ -540,11 +535,10 @@ TEST_F(ImportPath, LimitsNeedTheLimitsFlagAndTheSetupFlagOfTheirKind)
     const bool kCases[][3] = {{false, true, true}, {true, false, false}};  // use limits, offset, pre-rotation
     for (const auto& lCase : kCases)
     {
-        OrvFileAcclaimAsf lFile(false);
-        OrvAsfScene lAsf;
-        ASSERT_TRUE(ReadText(lFile, lAsf, kSkeleton, false, lCase[1], lCase[2]));
-        SetFixtureLimits(lAsf.mRoot);
-        OrvNode* lRoot = lAsf.ASFToORV(mScene.get(), kTake, lCase[0], lCase[1], lCase[2]);
+        const auto lRead = ReadAsfText(kSkeleton, false, {lCase[1], lCase[2]});
+        ASSERT_TRUE(lRead->mRead);
+        SetFixtureLimits(lRead->mScene.mRoot);
+        OrvNode* lRoot = lRead->mScene.ASFToORV(mScene.get(), kTake, lCase[0], lCase[1], lCase[2]);
         EXPECT_FALSE(lRoot->FindChild("spine")->GetRotationLimits().GetActive());
         EXPECT_FALSE(lRoot->FindChild("slide")->GetTranslationLimits().GetActive());
     }

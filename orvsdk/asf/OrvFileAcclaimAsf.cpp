@@ -59,7 +59,8 @@ bool OrvFileAcclaimAsf::Read(OrvAsfScene* pScene, bool pRemoveDummy, bool pUseRo
             IndexBone(pBone);
             return false;
         });
-    const bool lResult = ReadSections() && pScene->mRoot != nullptr;
+    // An error anywhere (a NUL byte in a section that otherwise ends quietly, say) fails the read.
+    const bool lResult = ReadSections() && pScene->mRoot != nullptr && GetErrorCount() == 0;
     ForgetReadState();
     if (lResult)
     {

@@ -13,6 +13,7 @@
 #include "orvsdk/skeleton/OrvRotationOrder.h"
 
 #include <cstring>
+#include <deque>
 #include <string>
 
 namespace orvsdk {
@@ -130,6 +131,79 @@ bool Attach(OrvAsfNode& pParent, OrvAsfNode& pChild)
     return true;
 }
 
+// One level of the skeleton's creation: a bone whose host node has joint children, those
+// joints, the scale accumulated down to them, and the next joint to make a bone of.
+struct CreateLevel
+{
+    OrvAsfNode* mBone = nullptr;
+    OrvArray<OrvNode*, 16> mJoints;
+    OrvVector4 mScale;
+    bool mSplit = false;
+    int mNextJoint = 0;
+};
+
+// Collects pNode's joints; when it has some, sets pBone up from them (bone vector, rest rotation,
+// for the root its position and axis) and pushes the level onto pLevels.
+void BeginLevel(OrvAsfScene& pScene, std::deque<CreateLevel>& pLevels, OrvNode* pNode, OrvAsfNode* pBone,
+                const OrvVector4& pScale, bool pUseLocalTransform)
+{
+    CreateLevel& lLevel = pLevels.emplace_back();
+    const int lChildCount = pNode->GetChildCount(false);
+    for (int i = 0; i < lChildCount; ++i)
+        if (pNode->GetChild(i)->GetSkeleton()) lLevel.mJoints.Add(pNode->GetChild(i));
+    lLevel.mScale = LevelScale(pNode, pScale);
+    if (lLevel.mJoints.GetCount() == 0)
+    {
+        pLevels.pop_back();
+        return;
+    }
+
+    lLevel.mBone = pBone;
+    const bool lIsRoot = pBone == pScene.mRoot;
+    lLevel.mSplit = NeedsIntermediateBones(lLevel.mJoints, lIsRoot, pUseLocalTransform);
+    const OrvVector4 lBoneVector = lLevel.mSplit ? OrvVector4() : JointOffset(lLevel.mJoints[0], pUseLocalTransform);
+    OrvVector4 lRestRotation;
+    if (!lIsRoot)
+        lRestRotation = pUseLocalTransform ? FullLocalRotation(pNode) : pNode->GetPreRotation(OrvNode::eSourcePivot);
+    pScene.SetupNode(pBone, lBoneVector, lRestRotation, lLevel.mScale);
+    if (lIsRoot)
+    {
+        pBone->mPosition = pNode->GetRotationOffset(OrvNode::eSourcePivot);
+        pBone->mAxis = pNode->GetPreRotation(OrvNode::eSourcePivot);
+    }
+}
+
+// The bone of pJoint, attached below the level's bone, through a dummy bone of its own when the
+// level is split; null when a children array cannot grow (nothing is left behind then).
+OrvAsfNode* CreateJointBone(OrvAsfScene& pScene, const CreateLevel& pLevel, OrvNode* pJoint, bool pTranslationDofs,
+                            bool pUseLocalTransform)
+{
+    OrvAsfNode* lBone = OrvAsfNode::Create();
+    SetBoneName(*lBone, pJoint->GetNameWithoutNameSpacePrefix().Buffer(), "");
+    OrvAsfNode* lParent = pLevel.mBone;
+    if (pLevel.mSplit)
+    {
+        OrvAsfNode* lDummy = OrvAsfNode::Create();
+        SetBoneName(*lDummy, lBone->mName, "Dummy");
+        if (!Attach(*pLevel.mBone, *lDummy))
+        {
+            OrvAsfNode::Destroy(lDummy);
+            OrvAsfNode::Destroy(lBone);
+            return nullptr;
+        }
+        pScene.SetupNode(lDummy, JointOffset(pJoint, pUseLocalTransform), OrvVector4(), pLevel.mScale);
+        lParent = lDummy;
+    }
+    if (!Attach(*lParent, *lBone))
+    {
+        OrvAsfNode::Destroy(lBone);
+        return nullptr;
+    }
+    lBone->GetCurveNodePointers(pJoint);
+    TakeDofsAndLimits(pJoint, pTranslationDofs, *lBone);
+    return lBone;
+}
+
 } // namespace
 
 bool OrvAsfScene::ORVToASF(OrvNode* pRoot, bool pTranslationDofs, OrvVector4 pScale, bool pUseLocalTransform)
@@ -164,53 +238,22 @@ OrvAsfNode* OrvAsfScene::CreateRoot(OrvNode* pNode)
 void OrvAsfScene::RecursiveCreate(OrvNode* pNode, OrvAsfNode* pBone, bool pTranslationDofs, OrvVector4 pScale,
                                   bool pUseLocalTransform)
 {
-    OrvArray<OrvNode*, 16> lJoints;
-    const int lChildCount = pNode->GetChildCount(false);
-    for (int i = 0; i < lChildCount; ++i)
-        if (pNode->GetChild(i)->GetSkeleton()) lJoints.Add(pNode->GetChild(i));
-    const OrvVector4 lScale = LevelScale(pNode, pScale);
-    if (lJoints.GetCount() == 0) return;
-
-    const bool lIsRoot = pBone == mRoot;
-    const bool lSplit = NeedsIntermediateBones(lJoints, lIsRoot, pUseLocalTransform);
-    const OrvVector4 lBoneVector = lSplit ? OrvVector4() : JointOffset(lJoints[0], pUseLocalTransform);
-    OrvVector4 lRestRotation;
-    if (!lIsRoot)
-        lRestRotation = pUseLocalTransform ? FullLocalRotation(pNode) : pNode->GetPreRotation(OrvNode::eSourcePivot);
-    SetupNode(pBone, lBoneVector, lRestRotation, lScale);
-    if (lIsRoot)
+    // The bones are made in the order of a recursive walk: a joint's bone, then the bones of its
+    // whole subtree, then the next joint's. The explicit stack holds one level per bone on the
+    // path down to the current joint, so the hierarchy's depth does not matter.
+    std::deque<CreateLevel> lLevels;
+    BeginLevel(*this, lLevels, pNode, pBone, pScale, pUseLocalTransform);
+    while (!lLevels.empty())
     {
-        pBone->mPosition = pNode->GetRotationOffset(OrvNode::eSourcePivot);
-        pBone->mAxis = pNode->GetPreRotation(OrvNode::eSourcePivot);
-    }
-
-    for (int i = 0; i < lJoints.GetCount(); ++i)
-    {
-        OrvNode* lJoint = lJoints[i];
-        OrvAsfNode* lBone = OrvAsfNode::Create();
-        SetBoneName(*lBone, lJoint->GetNameWithoutNameSpacePrefix().Buffer(), "");
-        OrvAsfNode* lParent = pBone;
-        if (lSplit)
+        CreateLevel& lLevel = lLevels.back();
+        if (lLevel.mNextJoint == lLevel.mJoints.GetCount())
         {
-            OrvAsfNode* lDummy = OrvAsfNode::Create();
-            SetBoneName(*lDummy, lBone->mName, "Dummy");
-            if (!Attach(*pBone, *lDummy))
-            {
-                OrvAsfNode::Destroy(lDummy);
-                OrvAsfNode::Destroy(lBone);
-                continue;
-            }
-            SetupNode(lDummy, JointOffset(lJoint, pUseLocalTransform), OrvVector4(), lScale);
-            lParent = lDummy;
-        }
-        if (!Attach(*lParent, *lBone))
-        {
-            OrvAsfNode::Destroy(lBone);
+            lLevels.pop_back();
             continue;
         }
-        lBone->GetCurveNodePointers(lJoint);
-        TakeDofsAndLimits(lJoint, pTranslationDofs, *lBone);
-        RecursiveCreate(lJoint, lBone, pTranslationDofs, lScale, pUseLocalTransform);
+        OrvNode* lJoint = lLevel.mJoints[lLevel.mNextJoint++];
+        OrvAsfNode* lBone = CreateJointBone(*this, lLevel, lJoint, pTranslationDofs, pUseLocalTransform);
+        if (lBone) BeginLevel(*this, lLevels, lJoint, lBone, lLevel.mScale, pUseLocalTransform);
     }
 }
 

@@ -4,6 +4,8 @@
 #include "orvsdk/host/OrvNode.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 
+#include <vector>
+
 namespace orvsdk {
 
 bool OrvAsfScene::MergeORVToASF(OrvNode* pRoot)
@@ -15,20 +17,36 @@ bool OrvAsfScene::MergeORVToASF(OrvNode* pRoot)
 
 bool OrvAsfScene::RecursiveMerge(OrvNode* pNode, OrvAsfNode* pBone, OrvAsfNode* pMatchedAncestor)
 {
-    const int lChildCount = pBone->mChildren.GetCount();
-    for (int i = 0; i < lChildCount; ++i)
+    // Bones in pre-order, as a recursive walk would take them, each with the node below which its
+    // name is looked for and the nearest bone above it that found a node. An explicit stack, so
+    // the skeleton's depth does not matter.
+    struct Binding
     {
-        OrvAsfNode* lBone = pBone->mChildren[i];
-        OrvNode* lMatch = pNode->FindChild(lBone->mName, true, false);
+        OrvAsfNode* mBone;
+        OrvNode* mNode;
+        OrvAsfNode* mMatchedAncestor;
+    };
+    std::vector<Binding> lPending;
+    auto lPushChildren = [&lPending](OrvAsfNode* pParent, OrvNode* pParentNode, OrvAsfNode* pAncestor) {
+        for (int i = pParent->mChildren.GetCount() - 1; i >= 0; --i)
+            lPending.push_back({pParent->mChildren[i], pParentNode, pAncestor});
+    };
+    lPushChildren(pBone, pNode, pMatchedAncestor);
+    while (!lPending.empty())
+    {
+        const Binding lBinding = lPending.back();
+        lPending.pop_back();
+        OrvAsfNode* lBone = lBinding.mBone;
+        OrvNode* lMatch = lBinding.mNode->FindChild(lBone->mName, true, false);
         if (!lMatch)
         {
-            RecursiveMerge(pNode, lBone, pMatchedAncestor);
+            lPushChildren(lBone, lBinding.mNode, lBinding.mMatchedAncestor);
             continue;
         }
-        lBone->mParentAxisMatrix = pMatchedAncestor->mAxisMatrix;
-        lBone->mParentAxisMatrixInverse = pMatchedAncestor->mAxisMatrixInverse;
+        lBone->mParentAxisMatrix = lBinding.mMatchedAncestor->mAxisMatrix;
+        lBone->mParentAxisMatrixInverse = lBinding.mMatchedAncestor->mAxisMatrixInverse;
         lBone->GetCurveNodePointers(lMatch);
-        RecursiveMerge(lMatch, lBone, lBone);
+        lPushChildren(lBone, lMatch, lBone);
     }
     return true;
 }

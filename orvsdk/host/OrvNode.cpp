@@ -7,6 +7,7 @@
 #include "orvsdk/host/OrvSkeleton.h"
 
 #include <cstring>
+#include <vector>
 
 namespace orvsdk {
 
@@ -26,6 +27,21 @@ OrvAMatrix RotationInOrder(const OrvVector4& pAngles, int pOrder)
     OrvAMatrix lRotation;
     lRotation.SetR(OrvVector4(pAngles[lAxes[0]], pAngles[lAxes[1]], pAngles[lAxes[2]]), pOrder);
     return lRotation;
+}
+
+// The first direct child of pNode named exactly pName, null when none is.
+OrvNode* ChildNamed(const OrvNode& pNode, const char* pName)
+{
+    const int lCount = pNode.GetChildCount();
+    for (int i = 0; i < lCount; ++i)
+        if (std::strcmp(pNode.GetChild(i)->GetName(), pName) == 0) return pNode.GetChild(i);
+    return nullptr;
+}
+
+// Appends pNode's children to pStack, last child first, so that they come off it in child order.
+void PushChildrenInReverse(const OrvNode& pNode, std::vector<const OrvNode*>& pStack)
+{
+    for (int i = pNode.GetChildCount() - 1; i >= 0; --i) pStack.push_back(pNode.GetChild(i));
 }
 
 } // namespace
@@ -71,8 +87,17 @@ int OrvNode::GetChildCount(bool pRecursive) const
 {
     const int lCount = RootProperty.GetSrcObjectCount(NodeCriteria());
     if (!pRecursive) return lCount;
-    int lTotal = lCount;
-    for (int i = 0; i < lCount; ++i) lTotal += GetChild(i)->GetChildCount(true);
+    // Descendants are counted with an explicit stack, so the hierarchy's depth does not matter.
+    int lTotal = 0;
+    std::vector<const OrvNode*> lPending{this};
+    while (!lPending.empty())
+    {
+        const OrvNode* lNode = lPending.back();
+        lPending.pop_back();
+        const int lChildren = lNode->GetChildCount(false);
+        lTotal += lChildren;
+        for (int i = 0; i < lChildren; ++i) lPending.push_back(lNode->GetChild(i));
+    }
     return lTotal;
 }
 
@@ -84,12 +109,19 @@ OrvNode* OrvNode::GetParent() const
 OrvNode* OrvNode::FindChild(const char* pName, bool pRecursive, bool /*pInitial*/) const
 {
     if (!pName) return nullptr;
-    const int lCount = GetChildCount();
-    for (int i = 0; i < lCount; ++i)
-        if (std::strcmp(GetChild(i)->GetName(), pName) == 0) return GetChild(i);
+    if (OrvNode* lFound = ChildNamed(*this, pName)) return lFound;
     if (!pRecursive) return nullptr;
-    for (int i = 0; i < lCount; ++i)
-        if (OrvNode* lFound = GetChild(i)->FindChild(pName, true)) return lFound;
+    // The nodes whose children are compared next, in the order of a depth-first walk (a node's
+    // subtrees in child order), on an explicit stack so that the hierarchy's depth does not matter.
+    std::vector<const OrvNode*> lPending;
+    PushChildrenInReverse(*this, lPending);
+    while (!lPending.empty())
+    {
+        const OrvNode* lNode = lPending.back();
+        lPending.pop_back();
+        if (OrvNode* lFound = ChildNamed(*lNode, pName)) return lFound;
+        PushChildrenInReverse(*lNode, lPending);
+    }
     return nullptr;
 }
 

@@ -55,14 +55,14 @@ public:
     OrvNode* RemoveChild(OrvNode* pNode);
     // The pIndex-th child, null when out of range.
     OrvNode* GetChild(int pIndex) const;
-    // The number of children, or with pRecursive of all descendants.
+    // The number of children, or with pRecursive of all descendants (at any depth).
     int GetChildCount(bool pRecursive = false) const;
     // The parent, null for a node without one.
     OrvNode* GetParent() const;
     // A node named exactly pName (case-sensitive) below this node, null when none. Without
     // pRecursive only the direct children are searched; with it, the direct children first,
-    // then each child's subtree in child order, the same way. pInitial is accepted for
-    // compatibility and changes nothing: names are compared as they stand.
+    // then each child's subtree in child order, the same way, at any depth. pInitial is accepted
+    // for compatibility and changes nothing: names are compared as they stand.
     OrvNode* FindChild(const char* pName, bool pRecursive = true, bool pInitial = false) const;
 
     // --- Attribute -------------------------------------------------------------------------

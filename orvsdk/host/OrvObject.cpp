@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 namespace orvsdk {
 
@@ -47,10 +48,13 @@ void OrvObject::Destroy(bool pRecursive)
 bool OrvObject::Connect(OrvObject& pSource, OrvProperty& pDestination, bool pInFront)
 {
     if (pSource.mScene != pDestination.mOwner->mScene) return false;
+    // An existing connection is looked for among the source's destinations, which are few: the
+    // destination's sources may be every object of the scene.
+    std::vector<OrvProperty*>& lDestinations = pSource.mDstProperties;
+    if (std::find(lDestinations.begin(), lDestinations.end(), &pDestination) != lDestinations.end()) return false;
     std::vector<OrvObject*>& lSources = pDestination.mSrcObjects;
-    if (std::find(lSources.begin(), lSources.end(), &pSource) != lSources.end()) return false;
     lSources.insert(pInFront ? lSources.begin() : lSources.end(), &pSource);
-    pSource.mDstProperties.push_back(&pDestination);
+    lDestinations.push_back(&pDestination);
     return true;
 }
 
@@ -67,10 +71,12 @@ bool OrvObject::Disconnect(OrvObject& pSource, OrvProperty& pDestination)
 
 void OrvObject::DisconnectFromDestinations()
 {
+    // Searched from the end: the scene's list holds every object, and the objects destroyed are
+    // most often among the latest created.
     for (OrvProperty* lDestination : mDstProperties)
     {
         std::vector<OrvObject*>& lSources = lDestination->mSrcObjects;
-        lSources.erase(std::find(lSources.begin(), lSources.end(), this));
+        lSources.erase(std::next(std::find(lSources.rbegin(), lSources.rend(), this)).base());
     }
     mDstProperties.clear();
 }
@@ -90,16 +96,39 @@ void OrvObject::DisconnectSources()
 
 void OrvObject::DestroySources()
 {
-    // The source lists are read again after every destruction: destroying one source may
-    // destroy others that were connected to it as well.
-    for (OrvProperty* lProperty : mProperties)
+    // Each source is disconnected, then destroyed with its own sources before the next one, as
+    // recursive Destroy calls would do it, but with an explicit stack of the objects being taken
+    // apart, so that a chain of any depth goes. Every object on the stack is already cut from
+    // its destinations, so none can be reached twice. The source lists are read again after
+    // every step: destroying one source may destroy others connected to it as well. Only the
+    // scene overrides Destroy, and a scene is never a source; the root node is left in place.
+    struct Dismantling
     {
-        while (!lProperty->mSrcObjects.empty())
+        OrvObject* mObject;
+        size_t mProperty;  // index of the property whose sources go next
+    };
+    std::vector<Dismantling> lPending{{this, 0}};
+    while (!lPending.empty())
+    {
+        Dismantling& lTop = lPending.back();
+        OrvObject& lObject = *lTop.mObject;
+        if (lTop.mProperty == lObject.mProperties.size())
         {
-            OrvObject* lSource = lProperty->mSrcObjects.front();
-            Disconnect(*lSource, *lProperty);
-            lSource->Destroy(true);
+            lPending.pop_back();
+            if (&lObject != this) lObject.mScene->Release(lObject);
+            continue;
         }
+        OrvProperty& lProperty = *lObject.mProperties[lTop.mProperty];
+        if (lProperty.mSrcObjects.empty())
+        {
+            ++lTop.mProperty;
+            continue;
+        }
+        OrvObject* lSource = lProperty.mSrcObjects.front();
+        Disconnect(*lSource, lProperty);
+        if (lSource == lSource->mScene->GetRootNode()) continue;
+        lSource->DisconnectFromDestinations();
+        lPending.push_back({lSource, 0});
     }
 }
 

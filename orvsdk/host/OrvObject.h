@@ -42,9 +42,9 @@ public:
     // Disconnects the object from everything (both the objects connected to it and those it
     // is connected to) and frees it; the scene forgets it and every pointer to it becomes
     // invalid. With pRecursive, the objects connected to any of its properties are destroyed
-    // the same way first (recursively). A scene's root node ignores Destroy; a scene's Destroy
-    // frees the whole scene (see OrvScene). Costs the object's connections plus the number of
-    // objects in the scene.
+    // the same way first, and theirs in turn, at any depth (no recursion). A scene's root node
+    // ignores Destroy; a scene's Destroy frees the whole scene (see OrvScene). Costs the object's
+    // connections plus the number of objects in the scene.
     virtual void Destroy(bool pRecursive = false);
 
     // The properties this object is connected to, in connection order, the scene's root

@@ -20,6 +20,11 @@ namespace {
 // Longest token text quoted in a message; longer tokens are cut and marked with "...".
 constexpr int kQuotedTokenLength = 256;
 
+bool StartsWith(const std::vector<char>& pText, size_t pSize, const char* pPrefix, size_t pPrefixSize)
+{
+    return pSize >= pPrefixSize && std::memcmp(pText.data(), pPrefix, pPrefixSize) == 0;
+}
+
 std::string SystemReason(int pErrno)
 {
     return std::error_code(pErrno, std::generic_category()).message();
@@ -184,6 +189,7 @@ bool OrvTextFile::Open(const char* pPath)
         Error("Can't read %s file %s: %s\n", mFileType.c_str(), mFileName.c_str(), SystemReason(lErrno).c_str());
         return false;
     }
+    ExamineInput();
     mEndOfFile = false;
     return true;
 }
@@ -204,6 +210,7 @@ bool OrvTextFile::Open(const char* pText, size_t pSize, const char* pName)
         Error("Can't read %s file %s: %s\n", mFileType.c_str(), mFileName.c_str(), SystemReason(ENOMEM).c_str());
         return false;
     }
+    ExamineInput();
     mEndOfFile = false;
     return true;
 }
@@ -272,6 +279,9 @@ bool OrvTextFile::FinishOutput()
 void OrvTextFile::ResetInput()
 {
     std::vector<char>().swap(mText);
+    mFirstLine = 0;
+    mRefusedAt = 0;
+    mRefusal = "";
     mNextLine = 0;
     mLineEnd = nullptr;
     mTokenEnd = nullptr;
@@ -280,12 +290,40 @@ void OrvTextFile::ResetInput()
     mEndOfFile = true;
 }
 
+// Finds where the first line begins and the first byte that refuses its line, once per input,
+// so that line walking pays one comparison per line for it. Tokens are later terminated in
+// place with NULs, which must not count.
+void OrvTextFile::ExamineInput()
+{
+    static const char sUtf8Mark[] = {'\xEF', '\xBB', '\xBF'};
+    static const char sUtf16LittleEndianMark[] = {'\xFF', '\xFE'};
+    static const char sUtf16BigEndianMark[] = {'\xFE', '\xFF'};
+    const size_t lSize = InputSize();
+    mFirstLine = StartsWith(mText, lSize, sUtf8Mark, sizeof sUtf8Mark) ? sizeof sUtf8Mark : 0;
+    if (StartsWith(mText, lSize, sUtf16LittleEndianMark, sizeof sUtf16LittleEndianMark) ||
+        StartsWith(mText, lSize, sUtf16BigEndianMark, sizeof sUtf16BigEndianMark))
+    {
+        mRefusedAt = 0;
+        mRefusal = kUtf16Message;
+        return;
+    }
+    const void* lNul = std::memchr(mText.data(), '\0', lSize);
+    mRefusedAt = lNul ? static_cast<size_t>(static_cast<const char*>(lNul) - mText.data()) : lSize;
+    mRefusal = kNulByteMessage;
+}
+
+// Bytes of input, without the NUL that Open adds behind them.
+size_t OrvTextFile::InputSize() const
+{
+    return mText.empty() ? 0 : mText.size() - 1;
+}
+
 // ---- Lines and tokens ----------------------------------------------------------------------
 
 bool OrvTextFile::FirstLine()
 {
     ReleaseLineEnd();
-    mNextLine = 0;
+    mNextLine = mFirstLine;
     mLineNumber = 0;
     return NextLine();
 }
@@ -305,18 +343,12 @@ void OrvTextFile::ReleaseLineEnd()
 }
 
 // Makes the line at mNextLine current, terminated by a NUL in place of its LF (or the CR of a
-// CRLF), and finds its first token. False at the end of the input.
+// CRLF), and finds its first token. False at the end of the input and at a refused line.
 bool OrvTextFile::LoadLine()
 {
     ReleaseLineEnd();
-    const size_t lSize = mText.empty() ? 0 : mText.size() - 1;
-    if (mNextLine >= lSize)
-    {
-        mCurrentToken = mEmpty;
-        mTokenEnd = nullptr;
-        mEndOfFile = true;
-        return false;
-    }
+    const size_t lSize = InputSize();
+    if (mNextLine >= lSize) return EndWalk();
     char* lStart = mText.data() + mNextLine;
     char* lEnd = static_cast<char*>(std::memchr(lStart, '\n', lSize - mNextLine));
     if (lEnd)
@@ -329,13 +361,30 @@ bool OrvTextFile::LoadLine()
         lEnd = mText.data() + lSize;
         mNextLine = lSize;
     }
+    ++mLineNumber;
+    if (mRefusedAt < static_cast<size_t>(lEnd - mText.data())) return RefuseLine();
     mLineEnd = lEnd;
     mLineEndByte = *lEnd;
     *lEnd = '\0';
-    ++mLineNumber;
     mEndOfFile = false;
     mCurrentToken = FindToken(lStart, mTokenEnd);
     return true;
+}
+
+// Reports the current line as refused and ends the walk there: what follows it is not read.
+bool OrvTextFile::RefuseLine()
+{
+    Error("%s\n", mRefusal);
+    mNextLine = InputSize();
+    return EndWalk();
+}
+
+bool OrvTextFile::EndWalk()
+{
+    mCurrentToken = mEmpty;
+    mTokenEnd = nullptr;
+    mEndOfFile = true;
+    return false;
 }
 
 // The first token at or after pFrom on the current line, NUL-terminated in place, with its

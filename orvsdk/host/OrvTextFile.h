@@ -36,10 +36,16 @@ struct OrvTextFileMessage
 //
 // Reading: Open takes the whole input into memory once (a private copy); lines and tokens are
 // then found in place, with no allocation per line or per token. A token is a run of bytes none
-// of which is a delimiter; NUL bytes count as delimiters. The comment string begins a comment
-// wherever a token would begin, and the comment runs to the end of the line. Lines end with LF or
-// CRLF. Keyword matching is case-insensitive (ASCII); a table entry that is exactly ":" matches
-// any token beginning with ':' that no earlier entry matched.
+// of which is a delimiter. The comment string begins a comment wherever a token would begin, and
+// the comment runs to the end of the line. Lines end with LF or CRLF. Keyword matching is
+// case-insensitive (ASCII); a table entry that is exactly ":" matches any token beginning with
+// ':' that no earlier entry matched.
+//
+// The input must be ASCII or an ASCII-compatible 8-bit text: a UTF-8 byte order mark at its start
+// is skipped; a line holding a NUL byte (comments included) is refused with the error
+// kNulByteMessage, and the first line of a text that starts with a UTF-16 byte order mark with
+// kUtf16Message. A refused line is reported when line walking reaches it, at its line number, and
+// ends the walk there as the end of the input would.
 //
 // Writing: Create opens a temporary file beside the target; Close replaces the target with it
 // only when every write succeeded, so a failed or interrupted write never touches an existing
@@ -74,8 +80,9 @@ public:
 
     // Line walking. FirstLine makes the first line current (false when there is none); NextLine
     // the next one. Both make the current token the line's first token; with pSkipEmptyLines
-    // they pass over lines holding no token. Once no line is left they return false and
-    // mEndOfFile is true.
+    // they pass over lines holding no token. Once no line is left, or on reaching a refused line
+    // (which draws its error each time it is reached), they return false and mEndOfFile is true.
+    // Cost: constant per line besides the line's own bytes.
     bool FirstLine();
     bool NextLine();
 
@@ -118,6 +125,9 @@ public:
     void Warning(const char* pFormat, ...) __attribute__((format(printf, 2, 3)));
     void Error(const char* pFormat, ...) __attribute__((format(printf, 2, 3)));
     static constexpr int kMaxKeptWarnings = 1000;
+    // Error texts of refused lines.
+    static constexpr const char* kNulByteMessage = "NUL byte in line";
+    static constexpr const char* kUtf16Message = "File is UTF-16 text; save it as ASCII or UTF-8";
 
     // The recorded messages of the file last opened or created, in the order reported.
     const std::vector<OrvTextFileMessage>& GetMessages() const { return mMessages; }
@@ -143,8 +153,12 @@ private:
     void Keep(OrvTextFileMessage::EKind pKind, std::string pText);
     void ClearMessages();
     void ResetInput();
+    void ExamineInput();
+    size_t InputSize() const;
     void ReleaseLineEnd();
     bool LoadLine();
+    bool RefuseLine();
+    bool EndWalk();
     char* FindToken(char* pFrom, char*& pEnd);
     char* TokenAfter(char* pEnd, char*& pNewEnd);
     void ConsumeToken();
@@ -155,13 +169,16 @@ private:
     static int MatchKeyword(const TextToken* pTable, const char* pToken);
 
     std::string mFileType;
-    bool mDelimiter[256];      // indexed by byte value; NUL is always a delimiter
+    bool mDelimiter[256];      // indexed by byte value; NUL is always one (tokens end in place)
     std::string mComment;
     bool mSkipEmptyLines;
     bool mEchoMessages;
 
     std::string mFileName;
     std::vector<char> mText;    // the whole input plus a NUL; tokens are terminated in place
+    size_t mFirstLine = 0;      // offset of the first line: past a UTF-8 byte order mark
+    size_t mRefusedAt = 0;      // offset of the first byte that refuses its line; the input size when none
+    const char* mRefusal = "";  // the error text for that line
     size_t mNextLine = 0;       // offset of the line after the current one
     char* mLineEnd = nullptr;   // end of the current line's content, NUL while the line is current
     char mLineEndByte = '\0';   // the byte that NUL replaced at mLineEnd

@@ -47,22 +47,29 @@ void HandOverCurves(OrvProperty& pProperty, OrvAnimStack* pStack, const OrvVecto
     }
 }
 
+// Records pScene in pBone and creates the bone's own curves (not its children's).
+void CreateBoneCurves(OrvAsfNode& pBone, OrvScene* pScene)
+{
+    pBone.mScene = pScene;
+    bool lHasTranslation = false;
+    bool lHasRotation = false;
+    for (int i = 0; i < pBone.mDofCount; ++i)
+    {
+        if (pBone.mDof[i] >= 0 && pBone.mDof[i] <= 2) lHasTranslation = true;
+        if (pBone.mDof[i] >= 3 && pBone.mDof[i] <= 5) lHasRotation = true;
+    }
+    if (lHasTranslation) CreateCurves(pScene, pBone.mName, sTranslationSuffixes, pBone.mTranslationCurve);
+    if (lHasRotation) CreateCurves(pScene, pBone.mName, sRotationSuffixes, pBone.mRotationCurve);
+}
+
 } // namespace
 
 void OrvAsfNode::CreateDataFromDOF(OrvScene* pScene)
 {
-    mScene = pScene;
-    bool lHasTranslation = false;
-    bool lHasRotation = false;
-    for (int i = 0; i < mDofCount; ++i)
-    {
-        if (mDof[i] >= 0 && mDof[i] <= 2) lHasTranslation = true;
-        if (mDof[i] >= 3 && mDof[i] <= 5) lHasRotation = true;
-    }
-    if (lHasTranslation) CreateCurves(mScene, mName, sTranslationSuffixes, mTranslationCurve);
-    if (lHasRotation) CreateCurves(mScene, mName, sRotationSuffixes, mRotationCurve);
-    const int lChildCount = mChildren.GetCount();
-    for (int i = 0; i < lChildCount; ++i) mChildren[i]->CreateDataFromDOF(pScene);
+    VisitPreOrder([pScene](OrvAsfNode* pBone) {
+        CreateBoneCurves(*pBone, pScene);
+        return false;
+    });
 }
 
 void OrvAsfNode::SetCurves(OrvNode* pNode, const char* pTakeName)

@@ -7,6 +7,9 @@
 #include "orvsdk/host/OrvSkeleton.h"
 #include "orvsdk/host/OrvString.h"
 
+#include <utility>
+#include <vector>
+
 namespace orvsdk {
 
 namespace {
@@ -35,36 +38,82 @@ void AddEndNode(const OrvAsfNode& pBone, OrvNode* pBoneNode, bool pUseRotationOf
     pBoneNode->AddChild(lEnd);
 }
 
+// The arguments of a node building, the same for every bone.
+struct NodeBuilding
+{
+    OrvScene* mScene;
+    const char* mTakeName;
+    bool mUseLimits;
+    bool mUseRotationOffset;
+    bool mUsePreRotation;
+};
+
+// The host node of pBone alone, with its curves, rotation settings and limits; no children yet.
+OrvNode* CreateBoneNode(OrvAsfNode& pBone, const NodeBuilding& pBuilding)
+{
+    pBone.mScene = pBuilding.mScene;
+    OrvNode* lNode = CreateSkeletonNode(pBuilding.mScene, pBone.mName);
+    pBone.SetCurves(lNode, pBuilding.mTakeName);
+    pBone.SetDoFs(lNode, pBuilding.mUseRotationOffset, pBuilding.mUsePreRotation);
+    if (pBuilding.mUseLimits) pBone.SetLimits(lNode, pBuilding.mUseRotationOffset, pBuilding.mUsePreRotation);
+    return lNode;
+}
+
+// A bone whose node is built, and the index of its next child to build.
+struct BuildStep
+{
+    OrvAsfNode* mBone;
+    OrvNode* mNode;
+    int mNextChild;
+};
+
 } // namespace
 
 OrvNode* OrvAsfNode::ASFToORV(OrvScene* pScene, const char* pTakeName, bool pUseLimits, bool pUseRotationOffset,
                               bool pUsePreRotation)
 {
-    mScene = pScene;
-    OrvNode* lNode = CreateSkeletonNode(pScene, mName);
-    SetCurves(lNode, pTakeName);
-    SetDoFs(lNode, pUseRotationOffset, pUsePreRotation);
-    if (pUseLimits) SetLimits(lNode, pUseRotationOffset, pUsePreRotation);
-    const int lChildCount = mChildren.GetCount();
-    for (int i = 0; i < lChildCount; ++i)
-        lNode->AddChild(mChildren[i]->ASFToORV(pScene, pTakeName, pUseLimits, pUseRotationOffset, pUsePreRotation));
-    if (lChildCount == 0 && mLength > 0.0) AddEndNode(*this, lNode, pUseRotationOffset);
-    return lNode;
+    // Nodes are made in pre-order; a node joins its parent once its whole subtree is built, so
+    // the parent has no parent yet and the attachment never walks up a long chain. The explicit
+    // stack holds the path from this bone down to the bone being built.
+    const NodeBuilding lBuilding{pScene, pTakeName, pUseLimits, pUseRotationOffset, pUsePreRotation};
+    std::vector<BuildStep> lPath{{this, CreateBoneNode(*this, lBuilding), 0}};
+    for (;;)
+    {
+        BuildStep& lStep = lPath.back();
+        if (lStep.mNextChild < lStep.mBone->mChildren.GetCount())
+        {
+            OrvAsfNode* lChild = lStep.mBone->mChildren[lStep.mNextChild++];
+            lPath.push_back({lChild, CreateBoneNode(*lChild, lBuilding), 0});
+            continue;
+        }
+        if (lStep.mNextChild == 0 && lStep.mBone->mLength > 0.0)
+            AddEndNode(*lStep.mBone, lStep.mNode, pUseRotationOffset);
+        OrvNode* lBuilt = lStep.mNode;
+        lPath.pop_back();
+        if (lPath.empty()) return lBuilt;
+        lPath.back().mNode->AddChild(lBuilt);
+    }
 }
 
 void OrvAsfNode::MergeASFToORV(OrvScene* pScene, OrvNode* pParent, const char* pTakeName, bool pUseLimits,
                                bool pUseRotationOffset, bool pUsePreRotation)
 {
-    OrvNode* lMatch = pParent->FindChild(mName, false, false);
-    if (!lMatch || !lMatch->GetSkeleton())
+    // Pre-order, each bone with the host node under which its own node is looked for.
+    std::vector<std::pair<OrvAsfNode*, OrvNode*>> lPending{{this, pParent}};
+    while (!lPending.empty())
     {
-        pParent->AddChild(ASFToORV(pScene, pTakeName, pUseLimits, pUseRotationOffset, pUsePreRotation));
-        return;
+        OrvAsfNode* lBone = lPending.back().first;
+        OrvNode* lParent = lPending.back().second;
+        lPending.pop_back();
+        OrvNode* lMatch = lParent->FindChild(lBone->mName, false, false);
+        if (!lMatch || !lMatch->GetSkeleton())
+        {
+            lParent->AddChild(lBone->ASFToORV(pScene, pTakeName, pUseLimits, pUseRotationOffset, pUsePreRotation));
+            continue;
+        }
+        lBone->SetCurves(lMatch, pTakeName);
+        for (int i = lBone->mChildren.GetCount() - 1; i >= 0; --i) lPending.emplace_back(lBone->mChildren[i], lMatch);
     }
-    SetCurves(lMatch, pTakeName);
-    const int lChildCount = mChildren.GetCount();
-    for (int i = 0; i < lChildCount; ++i)
-        mChildren[i]->MergeASFToORV(pScene, lMatch, pTakeName, pUseLimits, pUseRotationOffset, pUsePreRotation);
 }
 
 OrvNode* OrvAsfScene::ASFToORV(OrvScene* pScene, const char* pTakeName, bool pUseLimits, bool pUseRotationOffset,

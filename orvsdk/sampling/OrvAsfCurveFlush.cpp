@@ -44,46 +44,54 @@ void ReduceConstantKeys(OrvAnimCurve* pCurves[3], OrvVector4& pRest)
         if (pCurves[j]->KeyGetCount() == 0) pRest[j] = lFirst[j];
 }
 
-} // namespace
-
-void OrvAsfNode::StopSamplingData()
+// Ends the sampling run of pBone alone.
+void FlushBoneCurves(OrvAsfNode& pBone)
 {
     // Curves exist only after CreateDataFromDOF, which gave the bone its scene; without one the
     // host defaults (no filter, no reducer) apply.
     OrvGlobalSettings lDefaults;
-    const OrvGlobalSettings& lSettings = mScene ? mScene->GetGlobalSettings() : lDefaults;
+    const OrvGlobalSettings& lSettings = pBone.mScene ? pBone.mScene->GetGlobalSettings() : lDefaults;
 
-    if (mTranslationCurve[0])
+    if (pBone.mTranslationCurve[0])
     {
-        if (mTranslationCurve[0]->KeyGetCount() <= 1)
-            DestroyCurves(mTranslationCurve);
+        if (pBone.mTranslationCurve[0]->KeyGetCount() <= 1)
+            DestroyCurves(pBone.mTranslationCurve);
         else if (lSettings.GetUseConstantKeyReducer())
-            ReduceConstantKeys(mTranslationCurve, mLocalTranslation);
+            ReduceConstantKeys(pBone.mTranslationCurve, pBone.mLocalTranslation);
     }
-    if (mRotationCurve[0])
+    if (pBone.mRotationCurve[0])
     {
-        if (mRotationCurve[0]->KeyGetCount() <= 1)
+        if (pBone.mRotationCurve[0]->KeyGetCount() <= 1)
         {
-            DestroyCurves(mRotationCurve);
+            DestroyCurves(pBone.mRotationCurve);
         }
         else
         {
             if (lSettings.GetRotationFilterToApply() == eUnroll)
             {
                 OrvAnimCurveFilterUnroll lUnroll;
-                lUnroll.SetRotationOrder(static_cast<OrvEuler::EOrder>(EulerOrderFromOrderBuf(mDof, mDofCount)));
-                lUnroll.Apply(mRotationCurve, 3, nullptr);
+                lUnroll.SetRotationOrder(
+                    static_cast<OrvEuler::EOrder>(EulerOrderFromOrderBuf(pBone.mDof, pBone.mDofCount)));
+                lUnroll.Apply(pBone.mRotationCurve, 3, nullptr);
             }
             else if (lSettings.GetRotationFilterToApply() == eGimbalKiller)
             {
                 OrvAnimCurveFilterGimbleKiller lKiller;
-                lKiller.Apply(mRotationCurve, 3, nullptr);
+                lKiller.Apply(pBone.mRotationCurve, 3, nullptr);
             }
-            if (lSettings.GetUseConstantKeyReducer()) ReduceConstantKeys(mRotationCurve, mLocalRotation);
+            if (lSettings.GetUseConstantKeyReducer()) ReduceConstantKeys(pBone.mRotationCurve, pBone.mLocalRotation);
         }
     }
-    const int lChildCount = mChildren.GetCount();
-    for (int i = 0; i < lChildCount; ++i) mChildren[i]->StopSamplingData();
+}
+
+} // namespace
+
+void OrvAsfNode::StopSamplingData()
+{
+    VisitPreOrder([](OrvAsfNode* pBone) {
+        FlushBoneCurves(*pBone);
+        return false;
+    });
 }
 
 } // namespace orvsdk

@@ -26,8 +26,7 @@ void AddKeys(OrvAnimCurve* const pCurves[3], const OrvVector4& pValues, OrvTime&
 
 void OrvAsfNode::StartSamplingData()
 {
-    const int lChildCount = mChildren.GetCount();
-    for (int i = 0; i < lChildCount; ++i) mChildren[i]->StartSamplingData();
+    // Nothing to prepare: the keys go straight onto the curves CreateDataFromDOF made.
 }
 
 void OrvAsfNode::AddSampleFromDOF(double* pValues, OrvTime& pTime, double pTranslationFactor, double pRotationFactor,

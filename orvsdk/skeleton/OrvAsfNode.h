@@ -109,7 +109,8 @@ public:
     // Records pScene in this bone and its whole subtree and creates, in that scene, each bone's
     // three translation curves when it has a translation DOF and three rotation curves when it
     // has a rotation DOF, named after the bone ("_tx" ... "_rz"). The bone owns them until
-    // SetCurves hands them over; curves held before are forgotten, not destroyed.
+    // SetCurves hands them over; curves held before are forgotten, not destroyed. Bones are
+    // taken in pre-order; works at any depth (no recursion).
     void CreateDataFromDOF(OrvScene* pScene);
     // Writes the rest translation and rotation into pNode and connects the owned curves to its
     // channels in the animation stack named pTakeName, replacing curves already there; the bone
@@ -128,9 +129,9 @@ public:
     // the node building). This bone only; nothing in the skeleton changes.
     void AddSampleFromDOF(double* pValues, OrvTime& pTime, double pTranslationFactor, double pRotationFactor,
                           bool pUseRotationOffset, bool pUsePreRotation);
-    // Ends a sampling run on this bone and its subtree: destroys curves that got at most one
-    // key and applies the host's rotation filter and constant-key reducer as its global
-    // settings ask.
+    // Ends a sampling run on this bone and its subtree, bone by bone in pre-order: destroys
+    // curves that got at most one key and applies the host's rotation filter and constant-key
+    // reducer as its global settings ask. Works at any depth (no recursion).
     void StopSamplingData();
 
     // Sets pNode's rotation order, rotation offset and pre-rotation from this bone, following
@@ -142,12 +143,13 @@ public:
 
     // Builds, in pScene, the host node of this bone and the hierarchy of its subtree (plus an
     // "_End" node under each leaf of positive length) and hands the curves over to the stack
-    // named pTakeName. Returns the node, attached to no parent; the caller attaches it. The
-    // scene owns the created objects once they are connected.
+    // named pTakeName. Nodes are created in pre-order, each joining its parent once its own
+    // subtree is complete. Returns the node, attached to no parent; the caller attaches it. The
+    // scene owns the created objects once they are connected. Works at any depth (no recursion).
     OrvNode* ASFToORV(OrvScene* pScene, const char* pTakeName, bool pUseLimits, bool pUseRotationOffset,
                       bool pUsePreRotation);
     // Like ASFToORV, but among the children of pParent: a host node named like a bone is reused,
-    // only what has no match is built.
+    // only what has no match is built. Works at any depth (no recursion).
     void MergeASFToORV(OrvScene* pScene, OrvNode* pParent, const char* pTakeName, bool pUseLimits,
                        bool pUseRotationOffset, bool pUsePreRotation);
 

@@ -60,15 +60,17 @@ public:
     bool ORVToASF(OrvNode* pRoot, bool pTranslationDofs, OrvVector4 pScale, bool pUseLocalTransform);
     // Makes the "root" bone for pNode; the caller owns it until it is stored in mRoot.
     OrvAsfNode* CreateRoot(OrvNode* pNode);
-    // Makes the bones of pNode's skeleton children below pBone, recursively; pBone is already
-    // attached or is mRoot. Arguments as for ORVToASF.
+    // Makes the bones of pNode's skeleton children below pBone, and of their whole subtrees, in
+    // the order of a depth-first walk; pBone is already attached or is mRoot. Arguments as for
+    // ORVToASF. Works at any depth (an explicit stack, no recursion).
     void RecursiveCreate(OrvNode* pNode, OrvAsfNode* pBone, bool pTranslationDofs, OrvVector4 pScale,
                          bool pUseLocalTransform);
     // Binds the existing skeleton (mRoot must be set) to pRoot and the nodes below it by bone
     // name, refreshing each bound bone's cached curve nodes, pivots and parent frame. True.
     bool MergeORVToASF(OrvNode* pRoot);
     // Binds the subtree below pBone to nodes below pNode, the node of pMatchedAncestor (the
-    // nearest bone at or above pBone that has a node). True.
+    // nearest bone at or above pBone that has a node), bones in pre-order. True. Works at any
+    // depth (an explicit stack, no recursion).
     bool RecursiveMerge(OrvNode* pNode, OrvAsfNode* pBone, OrvAsfNode* pMatchedAncestor);
 
     // --- Fields ----------------------------------------------------------------------------

@@ -15,10 +15,12 @@
 #include "orvsdk/host/OrvNode.h"
 #include "orvsdk/host/OrvTime.h"
 #include "Math3.h"
+#include "ScratchFiles.h"
+
+#include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <unordered_map>
@@ -120,10 +122,7 @@ inline Motion Parse(const std::string& pText)
 
 inline Motion ReadFile(const std::string& pPath)
 {
-    std::ifstream lFile(pPath, std::ios::binary);
-    std::ostringstream lText;
-    lText << lFile.rdbuf();
-    return Parse(lText.str());
+    return Parse(testfiles::ReadFile(pPath));
 }
 
 // World position of every joint and End Site of pMotion at frame pFrame, in file order.
@@ -160,6 +159,8 @@ inline std::vector<Vec3> WorldPositions(const Motion& pMotion, size_t pFrame)
     return lPositions;
 }
 
+using PositionMap = std::unordered_map<std::string, Vec3>;
+
 // World position at pTime of pNode and of every node below it, by node name.
 inline void HostPositions(orvsdk::OrvNode* pNode, const orvsdk::OrvAMatrix& pGlobal, orvsdk::OrvTime pTime,
                           std::unordered_map<std::string, Vec3>& pPositions)
@@ -173,11 +174,50 @@ inline void HostPositions(orvsdk::OrvNode* pNode, const orvsdk::OrvAMatrix& pGlo
     }
 }
 
-inline std::unordered_map<std::string, Vec3> HostPositions(orvsdk::OrvNode* pTop, orvsdk::OrvTime pTime)
+inline PositionMap HostPositions(orvsdk::OrvNode* pTop, orvsdk::OrvTime pTime)
 {
-    std::unordered_map<std::string, Vec3> lPositions;
+    PositionMap lPositions;
     HostPositions(pTop, pTop->EvaluateGlobalTransform(pTime), pTime, lPositions);
     return lPositions;
+}
+
+// The position named pName; null when there is none.
+inline const Vec3* Find(const PositionMap& pPositions, const std::string& pName)
+{
+    const auto lFound = pPositions.find(pName);
+    return lFound == pPositions.end() ? nullptr : &lFound->second;
+}
+
+// The host position of the node named like entry pJoint of pMotion.
+inline const Vec3* NodeNamed(const Motion& pMotion, size_t pJoint, const PositionMap& pHost)
+{
+    return Find(pHost, pMotion.mJoints[pJoint].mName);
+}
+
+// As NodeNamed; an End Site without a node of its own stands at its joint's node, where the
+// writers put an End Site of zero offset.
+inline const Vec3* NodeOrJointOf(const Motion& pMotion, size_t pJoint, const PositionMap& pHost)
+{
+    const Joint& lJoint = pMotion.mJoints[pJoint];
+    const Vec3* lNode = Find(pHost, lJoint.mName);
+    if (lNode || !lJoint.mEndSite) return lNode;
+    return Find(pHost, pMotion.mJoints[static_cast<size_t>(lJoint.mParent)].mName);
+}
+
+// Raises pLargest to the largest distance at frame pFrame between each joint and End Site of
+// pMotion, posed with the BVH meaning, and the host position pFind(pMotion, entry, pHost) gives
+// for it; NaN when a distance is NaN. A fatal failure when pFind gives no position.
+template <typename FindNode>
+void CompareFrame(const Motion& pMotion, size_t pFrame, const PositionMap& pHost, FindNode pFind, double& pLargest)
+{
+    const std::vector<Vec3> lPosed = WorldPositions(pMotion, pFrame);
+    for (size_t j = 0; j < pMotion.mJoints.size(); ++j)
+    {
+        const Vec3* lNode = pFind(pMotion, j, pHost);
+        ASSERT_NE(lNode, nullptr) << "no host node for " << pMotion.mJoints[j].mName << " at frame " << pFrame;
+        const double lDistance = Distance(*lNode, lPosed[j]);
+        if (!(lDistance <= pLargest)) pLargest = lDistance;
+    }
 }
 
 } // namespace bvhtest

@@ -1,11 +1,12 @@
 #ifndef ORVSDK_TESTS_SUPPORT_HOSTSCENESUPPORT_H
 #define ORVSDK_TESTS_SUPPORT_HOSTSCENESUPPORT_H
 
-// Helpers shared by the tests of the import and export paths: host scenes with an animation
-// stack, and paths into the shared data folder.
+// Helpers shared by the tests that build or read host scenes: scenes with an animation stack,
+// joints with rotation settings and keyed curves, and paths into the shared data folder.
 
 #include "orvsdk/host/OrvAnimCurve.h"
 #include "orvsdk/host/OrvAnimCurveKey.h"
+#include "orvsdk/host/OrvAnimCurveNode.h"
 #include "orvsdk/host/OrvAnimLayer.h"
 #include "orvsdk/host/OrvAnimStack.h"
 #include "orvsdk/host/OrvNode.h"
@@ -45,6 +46,40 @@ inline OrvNode* AddNode(OrvNode* pParent, const char* pName, bool pJoint = true)
     OrvNode* lNode = OrvNode::Create(pParent, pName);
     if (pJoint) lNode->SetNodeAttribute(OrvSkeleton::Create(pParent->GetScene(), ""));
     return lNode;
+}
+
+// Rotation settings of pivot set 0; the rotation becomes active.
+inline void SetRotation(OrvNode* pNode, OrvEuler::EOrder pOrder, const OrvVector4& pPre = OrvVector4(),
+                        const OrvVector4& pPost = OrvVector4())
+{
+    pNode->SetRotationActive(true);
+    pNode->SetRotationOrder(OrvNode::eSourcePivot, pOrder);
+    pNode->SetPreRotation(OrvNode::eSourcePivot, pPre);
+    pNode->SetPostRotation(OrvNode::eSourcePivot, pPost);
+}
+
+// Sets X, Y, Z of a node's local transform property; false when the property refuses them.
+inline bool SetProperty(OrvProperty& pProperty, const OrvVector4& pValue)
+{
+    return pProperty.Set(pValue.Buffer(), eOrvDouble3);
+}
+
+// Keys pValues[i] (X, Y, Z) at frame i of pFramesPerSecond on the three channels of pProperty.
+inline void Animate(OrvProperty& pProperty, const std::vector<OrvVector4>& pValues, double pFramesPerSecond)
+{
+    OrvAnimCurveNode* lCurveNode = pProperty.GetCurveNode(nullptr, true);
+    OrvAnimCurveKey lKey;
+    for (unsigned lChannel = 0; lChannel < 3; ++lChannel)
+    {
+        OrvAnimCurve* lCurve = OrvAnimCurve::Create(pProperty.GetOwner()->GetScene(), "curve");
+        lCurveNode->ConnectToChannel(lCurve, lChannel);
+        for (size_t i = 0; i < pValues.size(); ++i)
+        {
+            const OrvTime lTime = OrvTime::FromFrame(static_cast<double>(i), pFramesPerSecond);
+            lKey.Set(lTime, static_cast<float>(pValues[i][static_cast<int>(lChannel)]));
+            lCurve->KeyAdd(lTime, lKey);
+        }
+    }
 }
 
 // The values of pCurve's keys, in time order.

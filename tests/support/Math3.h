@@ -57,6 +57,19 @@ inline double Distance(const Vec3& pA, const Vec3& pB)
                      (pA[2] - pB[2]) * (pA[2] - pB[2]));
 }
 
+// The largest difference between corresponding elements; NaN when any element is NaN.
+inline double LargestDifference(const Mat3& pA, const Mat3& pB)
+{
+    double lLargest = 0.0;
+    for (int r = 0; r < 3; ++r)
+        for (int c = 0; c < 3; ++c)
+        {
+            const double lDifference = std::fabs(pA[r][c] - pB[r][c]);
+            if (!(lDifference <= lLargest)) lLargest = lDifference;
+        }
+    return lLargest;
+}
+
 // Right-handed rotation by pDegrees about axis pAxis (0 X, 1 Y, 2 Z).
 inline Mat3 AxisRotation(int pAxis, double pDegrees)
 {

@@ -17,6 +17,7 @@
 //     like bone lengths, through 2.54 / length unit.
 // A small AMC reader and a helper that evaluates host node world positions complete the check.
 
+#include "orvsdk/host/OrvAMatrix.h"
 #include "orvsdk/host/OrvNode.h"
 #include "orvsdk/host/OrvTime.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
@@ -69,6 +70,15 @@ inline Mat3 EulerRotation(const OrvVector4& pAngles, int pOrder)
 inline Vec3 ToVec3(const OrvVector4& pV)
 {
     return Vec3{pV[0], pV[1], pV[2]};
+}
+
+// The 3x3 part of a host matrix.
+inline Mat3 RotationOf(const OrvAMatrix& pMatrix)
+{
+    Mat3 lR{};
+    for (int r = 0; r < 3; ++r)
+        for (int c = 0; c < 3; ++c) lR[r][c] = pMatrix(r, c);
+    return lR;
 }
 
 // --- Skeleton ------------------------------------------------------------------------------------

@@ -3,6 +3,8 @@
 #ifndef ORVASF_TESTS_SUPPORT_TOOLRUNNER_H
 #define ORVASF_TESTS_SUPPORT_TOOLRUNNER_H
 
+#include "ScratchFiles.h"
+
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
@@ -12,8 +14,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tool_support {
@@ -30,13 +34,7 @@ struct ToolRun
     std::string mErr;
 };
 
-inline std::string ReadFile(const fs::path& pPath)
-{
-    std::ifstream lStream(pPath, std::ios::binary);
-    std::ostringstream lText;
-    lText << lStream.rdbuf();
-    return lText.str();
-}
+using testfiles::ReadFile;
 
 inline void WriteFile(const fs::path& pPath, const std::string& pText)
 {
@@ -54,6 +52,45 @@ inline std::vector<std::string> Lines(const std::string& pText)
 inline std::string Quoted(const std::string& pText)
 {
     return "'" + pText + "'";
+}
+
+// The rows "frame,joint,x,y,z" of the pose command's output (after its title line), by frame
+// and joint.
+using PoseTable = std::map<std::pair<int, std::string>, std::vector<double>>;
+
+inline PoseTable PoseRows(const std::string& pCsv)
+{
+    PoseTable lRows;
+    const std::vector<std::string> lLines = Lines(pCsv);
+    for (size_t i = 1; i < lLines.size(); ++i)
+    {
+        std::istringstream lFields(lLines[i]);
+        std::string lFrame;
+        std::string lJoint;
+        std::string lValue;
+        std::getline(lFields, lFrame, ',');
+        std::getline(lFields, lJoint, ',');
+        std::vector<double>& lPosition = lRows[{std::stoi(lFrame), lJoint}];
+        while (std::getline(lFields, lValue, ',')) lPosition.push_back(std::stod(lValue));
+    }
+    return lRows;
+}
+
+// Expects every row of pExpected in pActual, each coordinate within pTolerance.
+inline void ExpectSamePoses(const PoseTable& pExpected, const PoseTable& pActual, double pTolerance)
+{
+    for (const auto& [lKey, lPosition] : pExpected)
+    {
+        const auto lFound = pActual.find(lKey);
+        if (lFound == pActual.end())
+        {
+            ADD_FAILURE() << "no row for " << lKey.second << " at frame " << lKey.first;
+            continue;
+        }
+        EXPECT_EQ(lFound->second.size(), 3u) << lKey.second << " at frame " << lKey.first;
+        for (size_t i = 0; i < 3 && i < lFound->second.size() && i < lPosition.size(); ++i)
+            EXPECT_NEAR(lFound->second[i], lPosition[i], pTolerance) << lKey.second << " at frame " << lKey.first;
+    }
 }
 
 // Every test runs in a folder of its own, which holds the tool's captured output too.

@@ -1,0 +1,53 @@
+// Files the tests write and read back: scratch paths that concurrent test processes do not share,
+// and whole-file reading.
+#ifndef ORVASF_TESTS_SUPPORT_SCRATCHFILES_H
+#define ORVASF_TESTS_SUPPORT_SCRATCHFILES_H
+
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace testfiles {
+
+// pName in the test temporary folder, prefixed with this process's id.
+inline std::string ScratchPath(const std::string& pName)
+{
+    return ::testing::TempDir() + "orv_" + std::to_string(::getpid()) + "_" + pName;
+}
+
+// The bytes of the file; empty when it cannot be read.
+inline std::string ReadFile(const std::filesystem::path& pPath)
+{
+    std::ifstream lStream(pPath, std::ios::binary);
+    std::ostringstream lText;
+    lText << lStream.rdbuf();
+    return lText.str();
+}
+
+// Runs pWrite while no file may grow beyond pBytes, the signal that would end the process being
+// ignored, then restores both; false when the limit could not be set (pWrite then did not run).
+template <typename Write>
+bool WithFileSizeLimit(rlim_t pBytes, Write pWrite)
+{
+    rlimit lOldLimit;
+    if (getrlimit(RLIMIT_FSIZE, &lOldLimit) != 0) return false;
+    rlimit lLimit = lOldLimit;
+    lLimit.rlim_cur = pBytes;
+    void (*lOldHandler)(int) = std::signal(SIGXFSZ, SIG_IGN);
+    const bool lLimited = setrlimit(RLIMIT_FSIZE, &lLimit) == 0;
+    if (lLimited) pWrite();
+    setrlimit(RLIMIT_FSIZE, &lOldLimit);
+    std::signal(SIGXFSZ, lOldHandler);
+    return lLimited;
+}
+
+} // namespace testfiles
+
+#endif
