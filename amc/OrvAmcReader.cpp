@@ -234,7 +234,7 @@ OrvAmcReadResult OrvAmcReader::Read(const char* pPath, orvsdk::OrvAsfScene& pSce
 }
 
 OrvAmcReadResult OrvAmcReader::Read(const char* pText, size_t pSize, const char* pName, orvsdk::OrvAsfScene& pScene,
-                              const OrvAmcReadSettings& pSettings)
+                                    const OrvAmcReadSettings& pSettings)
 {
     mFileName = pName;
     // fmemopen may refuse a zero-size buffer: an empty text is read as a one-byte buffer whose
@@ -267,7 +267,7 @@ bool OrvAmcReader::ParseValue(std::string_view pToken, double& pValue)
 }
 
 OrvAmcReadResult OrvAmcReader::ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::OrvAsfScene& pScene,
-                                    const OrvAmcReadSettings& pSettings)
+                                          const OrvAmcReadSettings& pSettings)
 {
     mResult = OrvAmcReadResult();
     mBuffer.assign(kChunkSize, '\0');

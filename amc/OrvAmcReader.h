@@ -111,7 +111,7 @@ public:
     OrvAmcReadResult Read(const char* pPath, orvsdk::OrvAsfScene& pScene, const OrvAmcReadSettings& pSettings);
     // The same from pSize bytes of text in memory; pName stands for the file in messages.
     OrvAmcReadResult Read(const char* pText, size_t pSize, const char* pName, orvsdk::OrvAsfScene& pScene,
-                       const OrvAmcReadSettings& pSettings);
+                          const OrvAmcReadSettings& pSettings);
 
     // "FILE:LINE: warning: TEXT" (or "FILE: error: TEXT" for line 0), with the file name of the
     // last read.
@@ -132,7 +132,7 @@ private:
     };
 
     OrvAmcReadResult ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::OrvAsfScene& pScene,
-                             const OrvAmcReadSettings& pSettings);
+                                const OrvAmcReadSettings& pSettings);
     enum class ELineResult
     {
         eLine,
