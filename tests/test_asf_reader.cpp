@@ -12,6 +12,7 @@
 
 using namespace orvsdk;
 using namespace orvsdk::asftest;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -84,6 +85,21 @@ TEST_F(AsfReader, OnlyTheHierarchyMayEndTheFile)
     EXPECT_EQ(Tree(), "root(lhip(lfemur) ltibia)");
     for (const std::string& lCut : {kRoot + ":documentation\n  text\n", kRoot + kLegBones, kRoot + ":units\n", kRoot})
         EXPECT_FALSE(ReadAsfText(lCut)->mRead) << lCut;
+}
+
+TEST_F(AsfReader, NulByteFailsTheReadEvenWhereTheSectionWouldEndQuietly)
+{
+    // The hierarchy and unknown sections take "no next line" as their normal end; the refused
+    // line must still fail the read.
+    for (const std::string& lText : {kRoot + kLegBones + kLegHierarchy.substr(0, kLegHierarchy.size() - 4) +
+                                         std::string("e\0d\n", 4),
+                                     kRoot + kLegBones + kLegHierarchy + std::string(":skin a\0b\n", 10)})
+    {
+        OrvFileAcclaimAsf lFile(false);
+        OrvAsfScene lScene;
+        EXPECT_FALSE(ReadText(lFile, lScene, lText));
+        EXPECT_THAT(Messages(lFile), Contains(std::string("E: ") + OrvTextFile::kNulByteMessage));
+    }
 }
 
 TEST_F(AsfReader, RootAllocationFailureIsRefusedWithoutLeak)
