@@ -285,6 +285,7 @@ TEST_F(BvhReader, RefusedFilesNameFileAndLineAndBuildNothing)
          "test.bvh:25: error: Expected MOTION after the hierarchy, found \"MOTIONS\""},
         {Replace(kSmallBvh, "JOINT Chest", "JOINT"), "test.bvh:7: error: JOINT without a joint name"},
         {"", "test.bvh: error: The file is empty; a BVH file starts with HIERARCHY"},
+        {lSmall + std::string("\0\n", 2), "test.bvh:31: error: NUL byte in line"},
     };
     for (const Case& lCase : lCases)
     {
