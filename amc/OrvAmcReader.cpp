@@ -1,7 +1,7 @@
 #include "amc/OrvAmcReader.h"
 
-#include "orvsdk/host/OrvAnimCurve.h"
-#include "orvsdk/host/OrvTime.h"
+#include "orvsdk/host/anim/OrvAnimCurve.h"
+#include "orvsdk/host/core/OrvTime.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 

@@ -1,8 +1,8 @@
 #ifndef ORVASF_AMC_ORVAMCREADER_H
 #define ORVASF_AMC_ORVAMCREADER_H
 
-#include "orvsdk/host/OrvTextFile.h"
-#include "orvsdk/host/OrvTime.h"
+#include "orvsdk/host/io/OrvTextFile.h"
+#include "orvsdk/host/core/OrvTime.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -1,7 +1,7 @@
 #include "amc/OrvAmcWriter.h"
 
-#include "orvsdk/host/OrvEuler.h"
-#include "orvsdk/host/OrvNode.h"
+#include "orvsdk/host/math/OrvEuler.h"
+#include "orvsdk/host/scene/OrvNode.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"

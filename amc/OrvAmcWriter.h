@@ -1,10 +1,10 @@
 #ifndef ORVASF_AMC_ORVAMCWRITER_H
 #define ORVASF_AMC_ORVAMCWRITER_H
 
-#include "orvsdk/host/OrvAMatrix.h"
-#include "orvsdk/host/OrvTextFile.h"
-#include "orvsdk/host/OrvTime.h"
-#include "orvsdk/host/OrvVector4.h"
+#include "orvsdk/host/math/OrvAMatrix.h"
+#include "orvsdk/host/io/OrvTextFile.h"
+#include "orvsdk/host/core/OrvTime.h"
+#include "orvsdk/host/math/OrvVector4.h"
 
 #include <string>
 #include <vector>

@@ -6,11 +6,11 @@
 
 #include "amc/OrvAmcReader.h"
 #include "orvsdk/asf/OrvFileAcclaimAsf.h"
-#include "orvsdk/host/OrvAnimCurve.h"
-#include "orvsdk/host/OrvAnimLayer.h"
-#include "orvsdk/host/OrvAnimStack.h"
-#include "orvsdk/host/OrvNode.h"
-#include "orvsdk/host/OrvScene.h"
+#include "orvsdk/host/anim/OrvAnimCurve.h"
+#include "orvsdk/host/anim/OrvAnimLayer.h"
+#include "orvsdk/host/anim/OrvAnimStack.h"
+#include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/host/scene/OrvScene.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 

@@ -1,7 +1,7 @@
 #ifndef ORVASF_BVH_ORVBVHCHANNELS_H
 #define ORVASF_BVH_ORVBVHCHANNELS_H
 
-#include "orvsdk/host/OrvEuler.h"
+#include "orvsdk/host/math/OrvEuler.h"
 
 // The channels of a BVH joint and how its rotation channels map to a host rotation order.
 //

@@ -1,13 +1,13 @@
 #include "bvh/OrvBvhReader.h"
 
 #include "bvh/OrvBvhChannels.h"
-#include "orvsdk/host/OrvAnimCurve.h"
-#include "orvsdk/host/OrvAnimCurveKey.h"
-#include "orvsdk/host/OrvAnimCurveNode.h"
-#include "orvsdk/host/OrvNode.h"
-#include "orvsdk/host/OrvScene.h"
-#include "orvsdk/host/OrvSkeleton.h"
-#include "orvsdk/host/OrvTime.h"
+#include "orvsdk/host/anim/OrvAnimCurve.h"
+#include "orvsdk/host/anim/OrvAnimCurveKey.h"
+#include "orvsdk/host/anim/OrvAnimCurveNode.h"
+#include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/host/scene/OrvScene.h"
+#include "orvsdk/host/scene/OrvSkeleton.h"
+#include "orvsdk/host/core/OrvTime.h"
 
 #include <charconv>
 #include <cmath>

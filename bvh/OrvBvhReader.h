@@ -1,7 +1,7 @@
 #ifndef ORVASF_BVH_ORVBVHREADER_H
 #define ORVASF_BVH_ORVBVHREADER_H
 
-#include "orvsdk/host/OrvTextFile.h"
+#include "orvsdk/host/io/OrvTextFile.h"
 
 #include <cstddef>
 #include <string>

@@ -1,9 +1,9 @@
 #include "bvh/OrvBvhWriter.h"
 
 #include "bvh/OrvBvhChannels.h"
-#include "orvsdk/host/OrvAMatrix.h"
-#include "orvsdk/host/OrvAnimCurveNode.h"
-#include "orvsdk/host/OrvNode.h"
+#include "orvsdk/host/math/OrvAMatrix.h"
+#include "orvsdk/host/anim/OrvAnimCurveNode.h"
+#include "orvsdk/host/scene/OrvNode.h"
 
 #include <charconv>
 #include <cstring>

@@ -1,10 +1,10 @@
 #ifndef ORVASF_BVH_ORVBVHWRITER_H
 #define ORVASF_BVH_ORVBVHWRITER_H
 
-#include "orvsdk/host/OrvEuler.h"
-#include "orvsdk/host/OrvTextFile.h"
-#include "orvsdk/host/OrvTime.h"
-#include "orvsdk/host/OrvVector4.h"
+#include "orvsdk/host/math/OrvEuler.h"
+#include "orvsdk/host/io/OrvTextFile.h"
+#include "orvsdk/host/core/OrvTime.h"
+#include "orvsdk/host/math/OrvVector4.h"
 
 #include <string>
 #include <vector>

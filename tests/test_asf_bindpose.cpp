@@ -4,7 +4,7 @@
 #include "AsfTestSupport.h"
 #include "support/ReferenceKinematics.h"
 
-#include "orvsdk/host/OrvMemory.h"
+#include "orvsdk/host/core/OrvMemory.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"
 
 #include <gtest/gtest.h>

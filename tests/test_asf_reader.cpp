@@ -3,7 +3,7 @@
 
 #include "AsfTestSupport.h"
 
-#include "orvsdk/host/OrvMemory.h"
+#include "orvsdk/host/core/OrvMemory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,9 +2,9 @@
 
 #include "AsfTestSupport.h"
 
-#include "orvsdk/host/OrvAnimCurve.h"
-#include "orvsdk/host/OrvMemory.h"
-#include "orvsdk/host/OrvScene.h"
+#include "orvsdk/host/anim/OrvAnimCurve.h"
+#include "orvsdk/host/core/OrvMemory.h"
+#include "orvsdk/host/scene/OrvScene.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"
 
 #include <gtest/gtest.h>

@@ -6,8 +6,8 @@
 #include "support/HostSceneSupport.h"
 
 #include "bvh/OrvBvhReader.h"
-#include "orvsdk/host/OrvAnimCurve.h"
-#include "orvsdk/host/OrvAnimCurveNode.h"
+#include "orvsdk/host/anim/OrvAnimCurve.h"
+#include "orvsdk/host/anim/OrvAnimCurveNode.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include "support/ReferenceKinematics.h"
 #include "support/ScratchFiles.h"
 
-#include "orvsdk/host/OrvAnimCurveNode.h"
+#include "orvsdk/host/anim/OrvAnimCurveNode.h"
 
 #include <gtest/gtest.h>
 

@@ -1,14 +1,14 @@
 // Animation: curve nodes found or created through stacks and layers, curves on channels, keys
 // and curve evaluation.
 
-#include "orvsdk/host/OrvAnimCurve.h"
-#include "orvsdk/host/OrvAnimCurveKey.h"
-#include "orvsdk/host/OrvAnimCurveNode.h"
-#include "orvsdk/host/OrvAnimLayer.h"
-#include "orvsdk/host/OrvAnimStack.h"
-#include "orvsdk/host/OrvMemory.h"
-#include "orvsdk/host/OrvNode.h"
-#include "orvsdk/host/OrvScene.h"
+#include "orvsdk/host/anim/OrvAnimCurve.h"
+#include "orvsdk/host/anim/OrvAnimCurveKey.h"
+#include "orvsdk/host/anim/OrvAnimCurveNode.h"
+#include "orvsdk/host/anim/OrvAnimLayer.h"
+#include "orvsdk/host/anim/OrvAnimStack.h"
+#include "orvsdk/host/core/OrvMemory.h"
+#include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/host/scene/OrvScene.h"
 #include "support/HostSceneSupport.h"
 
 #include <gtest/gtest.h>

@@ -1,15 +1,15 @@
 // Curve filters: unroll and gimbal killer keep the rotations and make the curves continuous; the
 // constant-key reducer removes keys from flat stretches only.
 
-#include "orvsdk/host/OrvAMatrix.h"
-#include "orvsdk/host/OrvAnimCurve.h"
-#include "orvsdk/host/OrvAnimCurveFilterConstantKeyReducer.h"
-#include "orvsdk/host/OrvAnimCurveFilterGimbleKiller.h"
-#include "orvsdk/host/OrvAnimCurveFilterUnroll.h"
-#include "orvsdk/host/OrvAnimCurveKey.h"
-#include "orvsdk/host/OrvEuler.h"
-#include "orvsdk/host/OrvScene.h"
-#include "orvsdk/host/OrvStatus.h"
+#include "orvsdk/host/math/OrvAMatrix.h"
+#include "orvsdk/host/anim/OrvAnimCurve.h"
+#include "orvsdk/host/filter/OrvAnimCurveFilterConstantKeyReducer.h"
+#include "orvsdk/host/filter/OrvAnimCurveFilterGimbleKiller.h"
+#include "orvsdk/host/filter/OrvAnimCurveFilterUnroll.h"
+#include "orvsdk/host/anim/OrvAnimCurveKey.h"
+#include "orvsdk/host/math/OrvEuler.h"
+#include "orvsdk/host/scene/OrvScene.h"
+#include "orvsdk/host/core/OrvStatus.h"
 #include "support/HostSceneSupport.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
-#include "orvsdk/host/OrvAMatrix.h"
-#include "orvsdk/host/OrvEuler.h"
-#include "orvsdk/host/OrvTime.h"
-#include "orvsdk/host/OrvVector4.h"
+#include "orvsdk/host/math/OrvAMatrix.h"
+#include "orvsdk/host/math/OrvEuler.h"
+#include "orvsdk/host/core/OrvTime.h"
+#include "orvsdk/host/math/OrvVector4.h"
 
 #include <gtest/gtest.h>
 

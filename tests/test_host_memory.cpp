@@ -1,5 +1,5 @@
-#include "orvsdk/host/OrvArray.h"
-#include "orvsdk/host/OrvMemory.h"
+#include "orvsdk/host/core/OrvArray.h"
+#include "orvsdk/host/core/OrvMemory.h"
 
 #include <gtest/gtest.h>
 

@@ -1,15 +1,15 @@
 // Scene graph: ownership and connections, node hierarchy, attributes, properties, and the local
 // and global transform evaluation checked against matrices built by hand.
 
-#include "orvsdk/host/OrvAMatrix.h"
-#include "orvsdk/host/OrvAnimCurve.h"
-#include "orvsdk/host/OrvAnimCurveKey.h"
-#include "orvsdk/host/OrvAnimCurveNode.h"
-#include "orvsdk/host/OrvAnimStack.h"
-#include "orvsdk/host/OrvEuler.h"
-#include "orvsdk/host/OrvNode.h"
-#include "orvsdk/host/OrvScene.h"
-#include "orvsdk/host/OrvSkeleton.h"
+#include "orvsdk/host/math/OrvAMatrix.h"
+#include "orvsdk/host/anim/OrvAnimCurve.h"
+#include "orvsdk/host/anim/OrvAnimCurveKey.h"
+#include "orvsdk/host/anim/OrvAnimCurveNode.h"
+#include "orvsdk/host/anim/OrvAnimStack.h"
+#include "orvsdk/host/math/OrvEuler.h"
+#include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/host/scene/OrvScene.h"
+#include "orvsdk/host/scene/OrvSkeleton.h"
 
 #include "support/HostSceneSupport.h"
 #include "support/ReferenceKinematics.h"

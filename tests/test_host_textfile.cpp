@@ -1,4 +1,4 @@
-#include "orvsdk/host/OrvTextFile.h"
+#include "orvsdk/host/io/OrvTextFile.h"
 
 #include <gtest/gtest.h>
 

@@ -93,6 +93,13 @@ std::string TempPath(const char* pName)
     return ::testing::TempDir() + "orv_hostile_" + std::to_string(getpid()) + "_" + pName;
 }
 
+// Writes pScene to pPath; true when creating, writing and closing all succeeded.
+bool WriteSkeleton(OrvAsfScene& pScene, const std::string& pPath)
+{
+    OrvFileAcclaimAsf lOut(false);
+    return lOut.Create(pPath.c_str()) && lOut.Write(&pScene) && lOut.Close();
+}
+
 } // namespace
 
 // --- Depth ------------------------------------------------------------------------------------
@@ -295,12 +302,7 @@ TEST(HostileTree, WalksSurviveAHundredThousandBoneChain)
 
     // The writer walks the whole chain; reading it back stops at the depth limit.
     const std::string lPath = TempPath("chain.asf");
-    {
-        OrvFileAcclaimAsf lOut(false);
-        ASSERT_TRUE(lOut.Create(lPath.c_str()));
-        EXPECT_TRUE(lOut.Write(&lScene));
-        EXPECT_TRUE(lOut.Close());
-    }
+    ASSERT_TRUE(WriteSkeleton(lScene, lPath));
     OrvFileAcclaimAsf lIn(false);
     OrvAsfScene lAgain;
     ASSERT_TRUE(lIn.Open(lPath.c_str()));
@@ -481,10 +483,7 @@ TEST(HostileNumbers, ZeroLengthStaysZeroWhenATinyUnitOverflowsTheFactor)
     EXPECT_EQ(lScene.mRoot->Find("z")->mLength, 0.0);
 
     const std::string lPath = TempPath("tiny_unit.asf");
-    OrvFileAcclaimAsf lOut(false);
-    ASSERT_TRUE(lOut.Create(lPath.c_str()));
-    ASSERT_TRUE(lOut.Write(&lScene));
-    ASSERT_TRUE(lOut.Close());
+    ASSERT_TRUE(WriteSkeleton(lScene, lPath));
     OrvFileAcclaimAsf lIn(false);
     OrvAsfScene lAgain;
     ASSERT_TRUE(lIn.Open(lPath.c_str()));

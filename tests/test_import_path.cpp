@@ -5,9 +5,9 @@
 #include "tests/AsfTestSupport.h"
 #include "support/HostSceneSupport.h"
 
-#include "orvsdk/host/OrvAnimCurveFilterGimbleKiller.h"
-#include "orvsdk/host/OrvAnimCurveFilterUnroll.h"
-#include "orvsdk/host/OrvAnimCurveNode.h"
+#include "orvsdk/host/filter/OrvAnimCurveFilterGimbleKiller.h"
+#include "orvsdk/host/filter/OrvAnimCurveFilterUnroll.h"
+#include "orvsdk/host/anim/OrvAnimCurveNode.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #ifndef ORVSDK_ASF_ORVFILEACCLAIMASF_H
 #define ORVSDK_ASF_ORVFILEACCLAIMASF_H
 
-#include "orvsdk/host/OrvTextFile.h"
+#include "orvsdk/host/io/OrvTextFile.h"
 
 #include <string_view>
 #include <unordered_map>

@@ -2,13 +2,13 @@
 // "Dummy" bones where sibling joints sit at different offsets.
 #include "orvsdk/skeleton/OrvAsfScene.h"
 
-#include "orvsdk/host/OrvAMatrix.h"
-#include "orvsdk/host/OrvArray.h"
-#include "orvsdk/host/OrvEuler.h"
-#include "orvsdk/host/OrvLimits.h"
-#include "orvsdk/host/OrvNode.h"
-#include "orvsdk/host/OrvString.h"
-#include "orvsdk/host/OrvTime.h"
+#include "orvsdk/host/math/OrvAMatrix.h"
+#include "orvsdk/host/core/OrvArray.h"
+#include "orvsdk/host/math/OrvEuler.h"
+#include "orvsdk/host/scene/OrvLimits.h"
+#include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/host/core/OrvString.h"
+#include "orvsdk/host/core/OrvTime.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"
 

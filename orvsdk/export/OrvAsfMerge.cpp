@@ -1,7 +1,7 @@
 // An existing skeleton bound by bone names to a host node hierarchy.
 #include "orvsdk/skeleton/OrvAsfScene.h"
 
-#include "orvsdk/host/OrvNode.h"
+#include "orvsdk/host/scene/OrvNode.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 
 #include <vector>

@@ -2,13 +2,13 @@
 // node's pivots and curve nodes in a bone.
 #include "orvsdk/skeleton/OrvAsfNode.h"
 
-#include "orvsdk/host/OrvAnimCurve.h"
-#include "orvsdk/host/OrvAnimCurveNode.h"
-#include "orvsdk/host/OrvAnimLayer.h"
-#include "orvsdk/host/OrvAnimStack.h"
-#include "orvsdk/host/OrvNode.h"
-#include "orvsdk/host/OrvScene.h"
-#include "orvsdk/host/OrvString.h"
+#include "orvsdk/host/anim/OrvAnimCurve.h"
+#include "orvsdk/host/anim/OrvAnimCurveNode.h"
+#include "orvsdk/host/anim/OrvAnimLayer.h"
+#include "orvsdk/host/anim/OrvAnimStack.h"
+#include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/host/scene/OrvScene.h"
+#include "orvsdk/host/core/OrvString.h"
 
 namespace orvsdk {
 

@@ -1,9 +1,9 @@
 // Rotation settings and limits of a bone's host node.
 #include "orvsdk/skeleton/OrvAsfNode.h"
 
-#include "orvsdk/host/OrvAMatrix.h"
-#include "orvsdk/host/OrvLimits.h"
-#include "orvsdk/host/OrvNode.h"
+#include "orvsdk/host/math/OrvAMatrix.h"
+#include "orvsdk/host/scene/OrvLimits.h"
+#include "orvsdk/host/scene/OrvNode.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"
 
 namespace orvsdk {

@@ -2,10 +2,10 @@
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 
-#include "orvsdk/host/OrvNode.h"
-#include "orvsdk/host/OrvScene.h"
-#include "orvsdk/host/OrvSkeleton.h"
-#include "orvsdk/host/OrvString.h"
+#include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/host/scene/OrvScene.h"
+#include "orvsdk/host/scene/OrvSkeleton.h"
+#include "orvsdk/host/core/OrvString.h"
 
 #include <utility>
 #include <vector>

@@ -2,13 +2,13 @@
 // constant-key reducer run as the host scene's settings ask.
 #include "orvsdk/skeleton/OrvAsfNode.h"
 
-#include "orvsdk/host/OrvAnimCurve.h"
-#include "orvsdk/host/OrvAnimCurveFilter.h"
-#include "orvsdk/host/OrvAnimCurveFilterConstantKeyReducer.h"
-#include "orvsdk/host/OrvAnimCurveFilterGimbleKiller.h"
-#include "orvsdk/host/OrvAnimCurveFilterUnroll.h"
-#include "orvsdk/host/OrvGlobalSettings.h"
-#include "orvsdk/host/OrvScene.h"
+#include "orvsdk/host/anim/OrvAnimCurve.h"
+#include "orvsdk/host/filter/OrvAnimCurveFilter.h"
+#include "orvsdk/host/filter/OrvAnimCurveFilterConstantKeyReducer.h"
+#include "orvsdk/host/filter/OrvAnimCurveFilterGimbleKiller.h"
+#include "orvsdk/host/filter/OrvAnimCurveFilterUnroll.h"
+#include "orvsdk/host/scene/OrvGlobalSettings.h"
+#include "orvsdk/host/scene/OrvScene.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"
 
 namespace orvsdk {

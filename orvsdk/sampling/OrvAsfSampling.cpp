@@ -1,10 +1,10 @@
 // Motion samples turned into keys on a bone's own curves.
 #include "orvsdk/skeleton/OrvAsfNode.h"
 
-#include "orvsdk/host/OrvAMatrix.h"
-#include "orvsdk/host/OrvAnimCurve.h"
-#include "orvsdk/host/OrvAnimCurveKey.h"
-#include "orvsdk/host/OrvEuler.h"
+#include "orvsdk/host/math/OrvAMatrix.h"
+#include "orvsdk/host/anim/OrvAnimCurve.h"
+#include "orvsdk/host/anim/OrvAnimCurveKey.h"
+#include "orvsdk/host/math/OrvEuler.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"
 
 namespace orvsdk {

@@ -2,7 +2,7 @@
 // frame) to its offset from the parent's joint and its rest translation and rotation in the
 // parent's frame.
 
-#include "orvsdk/host/OrvEuler.h"
+#include "orvsdk/host/math/OrvEuler.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"
 

@@ -1,7 +1,7 @@
 #include "orvsdk/skeleton/OrvAsfNode.h"
 
-#include "orvsdk/host/OrvAnimCurve.h"
-#include "orvsdk/host/OrvMemory.h"
+#include "orvsdk/host/anim/OrvAnimCurve.h"
+#include "orvsdk/host/core/OrvMemory.h"
 
 #include <cstring>
 #include <new>

@@ -1,10 +1,10 @@
 #ifndef ORVSDK_SKELETON_ORVASFNODE_H
 #define ORVSDK_SKELETON_ORVASFNODE_H
 
-#include "orvsdk/host/OrvAMatrix.h"
-#include "orvsdk/host/OrvArray.h"
-#include "orvsdk/host/OrvTime.h"
-#include "orvsdk/host/OrvVector4.h"
+#include "orvsdk/host/math/OrvAMatrix.h"
+#include "orvsdk/host/core/OrvArray.h"
+#include "orvsdk/host/core/OrvTime.h"
+#include "orvsdk/host/math/OrvVector4.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 #include "orvsdk/skeleton/OrvAsfScene.h"
 
-#include "orvsdk/host/OrvAMatrix.h"
-#include "orvsdk/host/OrvMemory.h"
+#include "orvsdk/host/math/OrvAMatrix.h"
+#include "orvsdk/host/core/OrvMemory.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 
 namespace orvsdk {

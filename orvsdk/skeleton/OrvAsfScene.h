@@ -1,7 +1,7 @@
 #ifndef ORVSDK_SKELETON_ORVASFSCENE_H
 #define ORVSDK_SKELETON_ORVASFSCENE_H
 
-#include "orvsdk/host/OrvVector4.h"
+#include "orvsdk/host/math/OrvVector4.h"
 
 namespace orvsdk {
 

@@ -1,6 +1,6 @@
 // Pruning of a bone tree: dummy bones (no degree of freedom) and unanimated end sites.
 
-#include "orvsdk/host/OrvAnimCurveNode.h"
+#include "orvsdk/host/anim/OrvAnimCurveNode.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 
 #include <vector>

@@ -1,7 +1,7 @@
 #ifndef ORVSDK_SKELETON_ORVROTATIONORDER_H
 #define ORVSDK_SKELETON_ORVROTATIONORDER_H
 
-#include "orvsdk/host/OrvEuler.h"
+#include "orvsdk/host/math/OrvEuler.h"
 
 namespace orvsdk {
 

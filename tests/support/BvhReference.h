@@ -11,9 +11,9 @@
 //     OFFSET in its joint's frame.
 // A helper reads world positions out of a host hierarchy for the comparison.
 
-#include "orvsdk/host/OrvAMatrix.h"
-#include "orvsdk/host/OrvNode.h"
-#include "orvsdk/host/OrvTime.h"
+#include "orvsdk/host/math/OrvAMatrix.h"
+#include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/host/core/OrvTime.h"
 #include "Math3.h"
 #include "ScratchFiles.h"
 

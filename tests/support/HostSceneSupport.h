@@ -4,14 +4,14 @@
 // Helpers shared by the tests that build or read host scenes: scenes with an animation stack,
 // joints with rotation settings and keyed curves, and paths into the shared data folder.
 
-#include "orvsdk/host/OrvAnimCurve.h"
-#include "orvsdk/host/OrvAnimCurveKey.h"
-#include "orvsdk/host/OrvAnimCurveNode.h"
-#include "orvsdk/host/OrvAnimLayer.h"
-#include "orvsdk/host/OrvAnimStack.h"
-#include "orvsdk/host/OrvNode.h"
-#include "orvsdk/host/OrvScene.h"
-#include "orvsdk/host/OrvSkeleton.h"
+#include "orvsdk/host/anim/OrvAnimCurve.h"
+#include "orvsdk/host/anim/OrvAnimCurveKey.h"
+#include "orvsdk/host/anim/OrvAnimCurveNode.h"
+#include "orvsdk/host/anim/OrvAnimLayer.h"
+#include "orvsdk/host/anim/OrvAnimStack.h"
+#include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/host/scene/OrvScene.h"
+#include "orvsdk/host/scene/OrvSkeleton.h"
 
 #include <gtest/gtest.h>
 

@@ -17,9 +17,9 @@
 //     like bone lengths, through 2.54 / length unit.
 // A small AMC reader and a helper that evaluates host node world positions complete the check.
 
-#include "orvsdk/host/OrvAMatrix.h"
-#include "orvsdk/host/OrvNode.h"
-#include "orvsdk/host/OrvTime.h"
+#include "orvsdk/host/math/OrvAMatrix.h"
+#include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/host/core/OrvTime.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 

@@ -1,7 +1,7 @@
 #ifndef ORVASF_TOOLS_ORVASF_ARGUMENTVALUES_H
 #define ORVASF_TOOLS_ORVASF_ARGUMENTVALUES_H
 
-#include "orvsdk/host/OrvVector4.h"
+#include "orvsdk/host/math/OrvVector4.h"
 
 #include <optional>
 #include <string_view>

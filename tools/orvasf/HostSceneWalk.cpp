@@ -1,8 +1,8 @@
 #include "tools/orvasf/HostSceneWalk.h"
 
-#include "orvsdk/host/OrvAnimCurveNode.h"
-#include "orvsdk/host/OrvAnimStack.h"
-#include "orvsdk/host/OrvNode.h"
+#include "orvsdk/host/anim/OrvAnimCurveNode.h"
+#include "orvsdk/host/anim/OrvAnimStack.h"
+#include "orvsdk/host/scene/OrvNode.h"
 
 namespace orvasf::tool {
 

@@ -1,4 +1,4 @@
-#include "orvsdk/host/OrvAnimCurve.h"
+#include "orvsdk/host/anim/OrvAnimCurve.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 #include "tools/orvasf/Commands.h"
 #include "tools/orvasf/ExitStatus.h"

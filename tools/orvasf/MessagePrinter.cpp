@@ -1,6 +1,6 @@
 #include "tools/orvasf/MessagePrinter.h"
 
-#include "orvsdk/host/OrvTextFile.h"
+#include "orvsdk/host/io/OrvTextFile.h"
 
 #include <cstdio>
 

@@ -1,7 +1,7 @@
 #ifndef ORVASF_TOOLS_ORVASF_OUTPUTTEXT_H
 #define ORVASF_TOOLS_ORVASF_OUTPUTTEXT_H
 
-#include "orvsdk/host/OrvTextFile.h"
+#include "orvsdk/host/io/OrvTextFile.h"
 
 #include <string>
 #include <string_view>

@@ -1,7 +1,7 @@
 #include "tools/orvasf/PoseCsvWriter.h"
 
-#include "orvsdk/host/OrvNode.h"
-#include "orvsdk/host/OrvTime.h"
+#include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/host/core/OrvTime.h"
 #include "tools/orvasf/OutputText.h"
 
 #include <charconv>

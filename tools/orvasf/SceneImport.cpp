@@ -1,9 +1,9 @@
 #include "tools/orvasf/SceneImport.h"
 
-#include "orvsdk/host/OrvAnimLayer.h"
-#include "orvsdk/host/OrvAnimStack.h"
-#include "orvsdk/host/OrvNode.h"
-#include "orvsdk/host/OrvScene.h"
+#include "orvsdk/host/anim/OrvAnimLayer.h"
+#include "orvsdk/host/anim/OrvAnimStack.h"
+#include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/host/scene/OrvScene.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "tools/orvasf/MessagePrinter.h"
 #include "tools/orvasf/ProgressReporter.h"

@@ -1,0 +1,28 @@
+#ifndef ORVSDK_HOST_ANIM_ORVANIMLAYER_H
+#define ORVSDK_HOST_ANIM_ORVANIMLAYER_H
+
+#include "orvsdk/host/scene/OrvObject.h"
+
+namespace orvsdk {
+
+// A layer of an animation stack. The curve nodes of the layer are its source objects. Create
+// it with its stack as container to make it one of the stack's layers.
+class OrvAnimLayer : public OrvObject
+{
+public:
+    // Class identity (see OrvObject::ClassId).
+    static const OrvClassId ClassId;
+    const OrvClassId& GetClassId() const override { return ClassId; }
+
+    // An empty layer named pName in pContainer's scene; when pContainer is a stack, the layer
+    // is appended to its layers. Null when pContainer is null.
+    static OrvAnimLayer* Create(OrvObject* pContainer, const char* pName);
+
+protected:
+    friend class OrvScene;
+    OrvAnimLayer(OrvScene& pScene, const char* pName) : OrvObject(pScene, pName) {}
+};
+
+} // namespace orvsdk
+
+#endif

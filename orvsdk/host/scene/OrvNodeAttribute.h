@@ -1,0 +1,28 @@
+#ifndef ORVSDK_HOST_SCENE_ORVNODEATTRIBUTE_H
+#define ORVSDK_HOST_SCENE_ORVNODEATTRIBUTE_H
+
+#include "orvsdk/host/scene/OrvObject.h"
+
+namespace orvsdk {
+
+// What a node stands for (a skeleton joint, ...). The scene owns the attribute; a node refers
+// to it through a connection (OrvNode::SetNodeAttribute), and several nodes may share one.
+class OrvNodeAttribute : public OrvObject
+{
+public:
+    // Class identity (see OrvObject::ClassId).
+    static const OrvClassId ClassId;
+    const OrvClassId& GetClassId() const override { return ClassId; }
+
+    // A plain attribute named pName in pContainer's scene (see OrvScene::CreateObject); null
+    // when pContainer is null.
+    static OrvNodeAttribute* Create(OrvObject* pContainer, const char* pName);
+
+protected:
+    friend class OrvScene;
+    OrvNodeAttribute(OrvScene& pScene, const char* pName) : OrvObject(pScene, pName) {}
+};
+
+} // namespace orvsdk
+
+#endif
