@@ -186,22 +186,13 @@ std::string UnknownBoneText(std::string_view pName)
     return "Unknown bone (" + Quote(pName) + "), its lines are skipped";
 }
 
-bool StartsWith(std::string_view pText, std::string_view pPrefix)
-{
-    return pText.substr(0, pPrefix.size()) == pPrefix;
-}
-
 // Skips a UTF-8 byte order mark at the start of the first line; false when the line starts with
 // a UTF-16 one.
 bool AcceptFirstLine(std::string_view& pLine)
 {
-    static constexpr std::string_view sUtf8Mark = "\xEF\xBB\xBF";
-    if (StartsWith(pLine, sUtf8Mark))
-    {
-        pLine.remove_prefix(sUtf8Mark.size());
-        return true;
-    }
-    return !StartsWith(pLine, "\xFF\xFE") && !StartsWith(pLine, "\xFE\xFF");
+    const orvsdk::OrvTextStart lStart = orvsdk::OrvExamineTextStart(pLine.data(), pLine.size());
+    pLine.remove_prefix(lStart.mMarkSize);
+    return lStart.mRefusal == nullptr;
 }
 
 struct FileCloser
@@ -214,21 +205,11 @@ using FilePointer = std::unique_ptr<std::FILE, FileCloser>;
 
 OrvAmcReadResult OrvAmcReader::Read(const char* pPath, orvsdk::OrvAsfScene& pScene, const OrvAmcReadSettings& pSettings)
 {
-    mFileName = pPath;
+    mDiagnostics.Reset(pPath);
     struct stat lStat;
-    if (::stat(pPath, &lStat) == 0 && S_ISDIR(lStat.st_mode))
-    {
-        OrvAmcReadResult lResult;
-        lResult.mMessages.push_back({OrvAmcMessage::eError, 0, "Is a directory"});
-        return lResult;
-    }
+    if (::stat(pPath, &lStat) == 0 && S_ISDIR(lStat.st_mode)) return Refuse("Is a directory");
     FilePointer lFile(std::fopen(pPath, "rb"));
-    if (!lFile)
-    {
-        OrvAmcReadResult lResult;
-        lResult.mMessages.push_back({OrvAmcMessage::eError, 0, std::strerror(errno)});
-        return lResult;
-    }
+    if (!lFile) return Refuse(std::strerror(errno));
     const uint64_t lSize = S_ISREG(lStat.st_mode) ? static_cast<uint64_t>(lStat.st_size) : 0;
     return ReadStream(lFile.get(), lSize, pScene, pSettings);
 }
@@ -236,28 +217,24 @@ OrvAmcReadResult OrvAmcReader::Read(const char* pPath, orvsdk::OrvAsfScene& pSce
 OrvAmcReadResult OrvAmcReader::Read(const char* pText, size_t pSize, const char* pName, orvsdk::OrvAsfScene& pScene,
                                     const OrvAmcReadSettings& pSettings)
 {
-    mFileName = pName;
+    mDiagnostics.Reset(pName);
     // fmemopen may refuse a zero-size buffer: an empty text is read as a one-byte buffer whose
     // byte is taken at once.
     static const char sLineEnd[1] = {'\n'};
     FilePointer lFile(pSize > 0 ? fmemopen(const_cast<char*>(pText), pSize, "rb")
                                 : fmemopen(const_cast<char*>(sLineEnd), sizeof(sLineEnd), "rb"));
-    if (!lFile)
-    {
-        OrvAmcReadResult lResult;
-        lResult.mMessages.push_back({OrvAmcMessage::eError, 0, std::strerror(errno)});
-        return lResult;
-    }
+    if (!lFile) return Refuse(std::strerror(errno));
     if (pSize == 0) std::fgetc(lFile.get());
     return ReadStream(lFile.get(), pSize, pScene, pSettings);
 }
 
-std::string OrvAmcReader::FormatMessage(const OrvAmcMessage& pMessage) const
+// A result refusing the whole file before any line was read.
+OrvAmcReadResult OrvAmcReader::Refuse(std::string pText)
 {
-    std::string lText = mFileName + ":";
-    if (pMessage.mLine > 0) lText += std::to_string(pMessage.mLine) + ":";
-    lText += pMessage.mKind == OrvAmcMessage::eError ? " error: " : " warning: ";
-    return lText + pMessage.mText;
+    mDiagnostics.Error(0, std::move(pText));
+    OrvAmcReadResult lResult;
+    lResult.mMessages = mDiagnostics.GetMessages();
+    return lResult;
 }
 
 bool OrvAmcReader::ParseValue(std::string_view pToken, double& pValue)
@@ -284,11 +261,7 @@ OrvAmcReadResult OrvAmcReader::ReadStream(std::FILE* pFile, uint64_t pSize, orvs
     mAllJointsThreeDof = false;
 
     orvsdk::OrvAsfNode* lRoot = pScene.mRoot;
-    if (!lRoot)
-    {
-        Message(OrvAmcMessage::eError, "The skeleton has no root");
-        return mResult;
-    }
+    if (!lRoot) return Refuse("The skeleton has no root");
     IndexBones(lRoot);
     mTranslationFactor = pScene.mLengthUnit > 0.0 ? 2.54 / pScene.mLengthUnit : 1.0;
     mRotationFactor = pScene.mAngleUnit;
@@ -322,11 +295,13 @@ OrvAmcReadResult OrvAmcReader::ReadStream(std::FILE* pFile, uint64_t pSize, orvs
     if (lOk && mResult.mFrameCount == 0)
     {
         // Nothing to import: a file cut down to nothing, or not a motion file at all.
-        Message(OrvAmcMessage::eError, "No frames in the file");
+        Fail("No frames in the file");
         lOk = false;
     }
     mResult.mSucceeded = lOk;
     mResult.mAllJointsThreeDof = mAllJointsThreeDof;
+    mResult.mMessages = mDiagnostics.GetMessages();
+    mResult.mWarningCount = mDiagnostics.GetWarningCount();
     mBones.clear();
     return mResult;
 }
@@ -375,11 +350,8 @@ bool OrvAmcReader::FillBuffer(std::FILE* pFile)
     if (mBuffer.size() < mBufferEnd + kChunkSize) mBuffer.resize(mBufferEnd + kChunkSize);
     char* const lChunk = mBuffer.data() + mBufferEnd;
     const size_t lRead = std::fread(lChunk, 1, kChunkSize, pFile);
-    if (mNulAt == kNoNul)
-    {
-        const void* lNul = std::memchr(lChunk, '\0', lRead);
-        if (lNul) mNulAt = static_cast<size_t>(static_cast<const char*>(lNul) - mBuffer.data());
-    }
+    const size_t lNul = orvsdk::OrvFindNulByte(lChunk, lRead);
+    if (mNulAt == kNoNul && lNul < lRead) mNulAt = mBufferEnd + lNul;
     mBufferEnd += lRead;
     if (lRead < kChunkSize)
     {
@@ -394,11 +366,11 @@ void OrvAmcReader::ReportLineFault(ELineResult pResult)
     switch (pResult)
     {
     case ELineResult::eTooLong:
-        Message(OrvAmcMessage::eError, "Line longer than " + std::to_string(kMaxLineLength) + " bytes");
+        Fail("Line longer than " + std::to_string(kMaxLineLength) + " bytes");
         break;
-    case ELineResult::eNulByte: Message(OrvAmcMessage::eError, orvsdk::OrvTextFile::kNulByteMessage); break;
-    case ELineResult::eUtf16: Message(OrvAmcMessage::eError, orvsdk::OrvTextFile::kUtf16Message); break;
-    default: Message(OrvAmcMessage::eError, std::string("Read error: ") + std::strerror(errno)); break;
+    case ELineResult::eNulByte: Fail(orvsdk::kOrvNulByteMessage); break;
+    case ELineResult::eUtf16: Fail(orvsdk::kOrvUtf16Message); break;
+    default: Fail(std::string("Read error: ") + std::strerror(errno)); break;
     }
 }
 
@@ -411,7 +383,7 @@ bool OrvAmcReader::HandleLine(std::string_view pLine, const OrvAmcReadSettings& 
     if (LooksNumeric(lFirst)) return HandleFrameNumber(lFirst, lRest, pSettings);
     if (!mInFrames)
     {
-        Message(OrvAmcMessage::eError, "Frame number expected before bone line (" + Quote(lFirst) + ")");
+        Fail("Frame number expected before bone line (" + Quote(lFirst) + ")");
         return false;
     }
     return HandleBoneLine(lFirst, lRest, pSettings);
@@ -421,7 +393,7 @@ bool OrvAmcReader::HandleHeader(std::string_view pToken)
 {
     if (mInFrames)
     {
-        Message(OrvAmcMessage::eError, "Header keyword inside the frames (" + Quote(pToken) + ")");
+        Fail("Header keyword inside the frames (" + Quote(pToken) + ")");
         return false;
     }
     if (EqualsNoCase(pToken, ":RADIANS"))
@@ -434,7 +406,7 @@ bool OrvAmcReader::HandleHeader(std::string_view pToken)
     else if (EqualsNoCase(pToken, ":FORCE-ALL-JOINTS-BE-3DOF"))
         mAllJointsThreeDof = true;
     else if (!EqualsNoCase(pToken, ":FULLY-SPECIFIED"))
-        Message(OrvAmcMessage::eWarning, "Ignoring unknown header keyword (" + Quote(pToken) + ")");
+        mDiagnostics.Warning(mLineNumber, [&] { return "Ignoring unknown header keyword (" + Quote(pToken) + ")"; });
     return true;
 }
 
@@ -443,12 +415,12 @@ bool OrvAmcReader::HandleFrameNumber(std::string_view pToken, std::string_view p
     int lFrame = 0;
     if (!ParseInteger(pToken, lFrame) || !NextToken(pRest).empty())
     {
-        Message(OrvAmcMessage::eError, "Bad frame number (" + Quote(pToken) + ")");
+        Fail("Bad frame number (" + Quote(pToken) + ")");
         return false;
     }
     if (mInFrames && lFrame <= mFrameNumber)
     {
-        Message(OrvAmcMessage::eError, "Frame number " + std::to_string(lFrame) + " does not follow frame " +
+        Fail("Frame number " + std::to_string(lFrame) + " does not follow frame " +
                                         std::to_string(mFrameNumber));
         return false;
     }
@@ -496,7 +468,7 @@ bool OrvAmcReader::HandleBoneLine(std::string_view pName, std::string_view pRest
             const std::string_view lToken(p, static_cast<size_t>(lTokenEnd - p));
             if (!ParseWithFromChars(lToken, lValues[lCount]))
             {
-                Message(OrvAmcMessage::eError, "Not a number (" + Quote(lToken) + ")");
+                Fail("Not a number (" + Quote(lToken) + ")");
                 return false;
             }
         }
@@ -504,7 +476,7 @@ bool OrvAmcReader::HandleBoneLine(std::string_view pName, std::string_view pRest
     }
     if (lCount != lExpected)
     {
-        Message(OrvAmcMessage::eError, "Bone " + Quote(pName) + " takes " + std::to_string(lExpected) +
+        Fail("Bone " + Quote(pName) + " takes " + std::to_string(lExpected) +
                                         " values, the line holds " + std::to_string(lCount));
         return false;
     }
@@ -563,13 +535,13 @@ OrvAmcReader::LineSlot OrvAmcReader::LookUpBone(std::string_view pName)
     auto lUnknown = mUnknownBones.find(lName);
     if (lUnknown == mUnknownBones.end() && mUnknownBones.size() >= kMaxUnknownBones)
     {
-        if (KeepWarning()) Keep(OrvAmcMessage::eWarning, UnknownBoneText(pName));
+        mDiagnostics.Warning(mLineNumber, [pName] { return UnknownBoneText(pName); });
         return {};
     }
     if (lUnknown == mUnknownBones.end())
     {
         lUnknown = mUnknownBones.insert(std::move(lName)).first;
-        Message(OrvAmcMessage::eWarning, UnknownBoneText(pName));
+        mDiagnostics.Warning(mLineNumber, [&] { return UnknownBoneText(pName); });
     }
     return {std::string_view(*lUnknown), nullptr};
 }
@@ -588,26 +560,9 @@ void OrvAmcReader::IndexBones(orvsdk::OrvAsfNode* pRoot)
     }
 }
 
-void OrvAmcReader::Message(OrvAmcMessage::EKind pKind, std::string pText)
+void OrvAmcReader::Fail(std::string pText)
 {
-    if (pKind == OrvAmcMessage::eError || KeepWarning()) Keep(pKind, std::move(pText));
-}
-
-// Counts a warning; true when it is one of the first kMaxKeptWarnings, which are kept. The next
-// one leaves a note instead, the others nothing: a file of millions of bad lines must not fill
-// the memory with their warnings.
-bool OrvAmcReader::KeepWarning()
-{
-    if (mResult.mWarningCount < std::numeric_limits<int>::max()) ++mResult.mWarningCount;
-    if (mResult.mWarningCount <= kMaxKeptWarnings) return true;
-    if (mResult.mWarningCount == kMaxKeptWarnings + 1)
-        Keep(OrvAmcMessage::eWarning, "Too many warnings, the others are not reported");
-    return false;
-}
-
-void OrvAmcReader::Keep(OrvAmcMessage::EKind pKind, std::string pText)
-{
-    mResult.mMessages.push_back({pKind, mLineNumber, std::move(pText)});
+    mDiagnostics.Error(mLineNumber, std::move(pText));
 }
 
 } // namespace orvasf

@@ -1,7 +1,7 @@
 #ifndef ORVASF_AMC_ORVAMCREADER_H
 #define ORVASF_AMC_ORVAMCREADER_H
 
-#include "orvsdk/host/io/OrvTextFile.h"
+#include "orvsdk/host/io/OrvDiagnostics.h"
 #include "orvsdk/host/core/OrvTime.h"
 
 #include <cstdint>
@@ -19,19 +19,6 @@ class OrvAsfNode;
 }
 
 namespace orvasf {
-
-// One warning or error met while reading a motion file.
-struct OrvAmcMessage
-{
-    enum EKind
-    {
-        eWarning,
-        eError
-    };
-    EKind mKind;
-    int mLine;         // 1-based; 0 when the message concerns the whole file
-    std::string mText;
-};
 
 // How a motion file is turned into keys.
 struct OrvAmcReadSettings
@@ -59,9 +46,9 @@ struct OrvAmcReadResult
     int mLastFrame = 0;
     bool mRadians = false;
     bool mAllJointsThreeDof = false;  // the file said ":FORCE-ALL-JOINTS-BE-3DOF"
-    // The warnings (the first OrvAmcReader::kMaxKeptWarnings of them, then a note that the others
-    // are not reported) and the error that ended the read, if any, in the order met.
-    std::vector<OrvAmcMessage> mMessages;
+    // The warnings (the first OrvDiagnostics::kMaxKeptWarnings of them, then a note that the
+    // others are not reported) and the error that ended the read, if any, in the order met.
+    std::vector<orvsdk::OrvMessage> mMessages;
     int mWarningCount = 0;  // warnings met, kept in mMessages or not
 };
 
@@ -91,20 +78,19 @@ struct OrvAmcReadResult
 // rise, a value that is not a number, a value count that differs from the bone's DOF list, a
 // bone line before the first frame, a line longer than kMaxLineLength, a line holding a NUL byte,
 // a file starting with a UTF-16 byte order mark (at line 1), a file without frames (at its last
-// line, 0 when it is empty), an unreadable file. The texts for NUL bytes and UTF-16 are those of
-// OrvTextFile. After an error the run is still closed (StopSamplingData), but the caller must not
+// line, 0 when it is empty), an unreadable file. Messages are kept as OrvDiagnostics keeps them,
+// with the same texts for NUL bytes and UTF-16 as every text reader. After an error the run is still closed (StopSamplingData), but the caller must not
 // build nodes from it.
 //
 // A bone name the skeleton does not have draws one warning and its lines are skipped. Memory for
 // messages stays bounded whatever the file: the first kMaxUnknownBones unknown names are
 // remembered; the lines of any further one are skipped too, each counting as a warning, and only
-// the first kMaxKeptWarnings warnings are kept.
+// the first OrvDiagnostics::kMaxKeptWarnings warnings are kept.
 class OrvAmcReader
 {
 public:
     static constexpr size_t kMaxLineLength = 1 << 20;
-    static constexpr int kMaxKeptWarnings = orvsdk::OrvTextFile::kMaxKeptWarnings;
-    static constexpr size_t kMaxUnknownBones = kMaxKeptWarnings;
+    static constexpr size_t kMaxUnknownBones = orvsdk::OrvDiagnostics::kMaxKeptWarnings;
 
     // Reads the file at pPath into pScene's skeleton. The skeleton must hold a root whose curves
     // were created (CreateDataFromDOF). mSucceeded tells whether the whole file was read.
@@ -112,10 +98,6 @@ public:
     // The same from pSize bytes of text in memory; pName stands for the file in messages.
     OrvAmcReadResult Read(const char* pText, size_t pSize, const char* pName, orvsdk::OrvAsfScene& pScene,
                           const OrvAmcReadSettings& pSettings);
-
-    // "FILE:LINE: warning: TEXT" (or "FILE: error: TEXT" for line 0), with the file name of the
-    // last read.
-    std::string FormatMessage(const OrvAmcMessage& pMessage) const;
 
     // Reads a whole value token as the reader does: true with the nearest double (the value
     // std::from_chars gives) for a decimal number or an infinity, an optional leading '+'
@@ -154,11 +136,10 @@ private:
     orvsdk::OrvAsfNode* ResolveBone(std::string_view pName);
     LineSlot LookUpBone(std::string_view pName);
     void IndexBones(orvsdk::OrvAsfNode* pRoot);
-    void Message(OrvAmcMessage::EKind pKind, std::string pText);
-    bool KeepWarning();
-    void Keep(OrvAmcMessage::EKind pKind, std::string pText);
+    OrvAmcReadResult Refuse(std::string pText);
+    void Fail(std::string pText);
 
-    std::string mFileName;
+    orvsdk::OrvDiagnostics mDiagnostics;
     std::vector<char> mBuffer;  // a window of the file; holds at least one whole line
     size_t mBufferStart = 0;
     size_t mBufferEnd = 0;

@@ -30,7 +30,7 @@ int RunCheck(const std::vector<std::string>& pPaths)
     for (const std::string& lPath : pPaths)
     {
         orvsdk::OrvAsfScene lScene;
-        if (ReadSkeleton(lPath, lScene, SkeletonReadFlags()))
+        if (ReadSkeleton(lPath, lScene))
             PrintSkeletonSummary(lPath, lScene);
         else
             lStatus = eInputRefused;

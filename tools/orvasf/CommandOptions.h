@@ -1,6 +1,8 @@
 #ifndef ORVASF_TOOLS_ORVASF_COMMANDOPTIONS_H
 #define ORVASF_TOOLS_ORVASF_COMMANDOPTIONS_H
 
+#include "driver/OrvImportDriver.h"
+
 #include <string>
 #include <vector>
 
@@ -9,16 +11,9 @@ namespace orvasf::tool {
 // Everything an import needs: the files and the settings of reading, sampling and node building.
 struct ImportOptions
 {
-    std::string mAsfPath;
+    std::string mAsfPath;     // the ASF file, or the BVH file of a conversion
     std::string mMotionPath;  // empty: import the skeleton alone
-    double mFramesPerSecond = 120.0;
-    bool mRemoveDummy = false;
-    bool mUseRotationOffset = false;
-    bool mUsePreRotation = false;
-    bool mUseLimits = false;
-    int mRotationFilter = 0;  // 0 none, 1 gimbal killer, 2 unroll
-    bool mReduceKeys = false;
-    std::string mTakeName = "Take 001";
+    OrvImportSettings mSettings;
 };
 
 // The "import" subcommand.

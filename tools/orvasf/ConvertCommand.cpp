@@ -1,15 +1,11 @@
 #include "tools/orvasf/ConvertCommand.h"
 
 #include "amc/OrvAmcWriter.h"
-#include "bvh/OrvBvhReader.h"
 #include "bvh/OrvBvhWriter.h"
-#include "orvsdk/host/anim/OrvAnimLayer.h"
-#include "orvsdk/host/anim/OrvAnimStack.h"
-#include "orvsdk/host/scene/OrvScene.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 #include "tools/orvasf/ExitStatus.h"
 #include "tools/orvasf/MessagePrinter.h"
-#include "tools/orvasf/SceneImport.h"
+#include "tools/orvasf/ToolImport.h"
 #include "tools/orvasf/SkeletonFile.h"
 
 #include <CLI/CLI.hpp>
@@ -17,7 +13,6 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <memory>
 
 namespace orvasf::tool {
 
@@ -54,86 +49,46 @@ std::string UsageProblem(const ConvertCommandOptions& pOptions, EFormat pInput, 
     return std::string();
 }
 
-// The host skeleton to write, and what the writers need to know of it.
-struct HostSkeleton
+// Frames to write: the motion's span, or the rest pose alone without a motion.
+int FramesToWrite(const OrvImportResult& pImport)
 {
-    orvsdk::OrvNode* mRoot = nullptr;
-    int mFrameCount = 1;
-    double mFramesPerSecond = 120.0;
-    bool mHasMotion = false;
-    // Whether rest offsets sit in the rotation offsets (rest rotations then sit in pre-rotations or
-    // in the animated rotation, both of which the export handles), so that the export can leave
-    // the local transform, and with it every frame's motion, out of the rest pose.
-    bool mRestInOffsets = true;
-    bool mJointTranslation = false; // a joint other than the root moves
-};
-
-struct HostSceneDeleter
-{
-    void operator()(orvsdk::OrvScene* pScene) const { pScene->Destroy(); }
-};
-using HostScenePtr = std::unique_ptr<orvsdk::OrvScene, HostSceneDeleter>;
-
-bool ImportAsf(const ImportOptions& pOptions, SceneImport& pImport, HostSkeleton& pSkeleton)
-{
-    if (!pImport.Run(pOptions)) return false;
-    const OrvAmcReadResult& lMotion = pImport.GetMotion();
-    pSkeleton.mRoot = pImport.GetSkeletonNode();
-    pSkeleton.mHasMotion = pImport.HasMotion();
-    pSkeleton.mFrameCount = lMotion.mFrameCount > 0 ? lMotion.mLastFrame - lMotion.mFirstFrame + 1 : 1;
-    pSkeleton.mFramesPerSecond = pOptions.mFramesPerSecond;
-    pSkeleton.mRestInOffsets = pOptions.mUseRotationOffset;
-    return true;
+    return pImport.mFrameSpan > 0 ? pImport.mFrameSpan : 1;
 }
 
-bool ImportBvh(const ImportOptions& pOptions, HostScenePtr& pScene, HostSkeleton& pSkeleton)
-{
-    pScene.reset(orvsdk::OrvScene::Create("BVH"));
-    orvsdk::OrvAnimStack* lTake = orvsdk::OrvAnimStack::Create(pScene.get(), pOptions.mTakeName.c_str());
-    orvsdk::OrvAnimLayer::Create(lTake, "Base Layer");
-    pScene->SetCurrentAnimationStack(lTake);
-    OrvBvhReader lReader;
-    const OrvBvhReadResult lResult = lReader.Read(pOptions.mAsfPath.c_str(), pScene->GetRootNode(), lTake);
-    PrintMessages(lReader.GetFile());
-    if (!lResult.mSucceeded) return false;
-    pSkeleton.mRoot = lResult.mRoot;
-    pSkeleton.mHasMotion = true;
-    pSkeleton.mFrameCount = lResult.mFrameCount;
-    pSkeleton.mFramesPerSecond = lResult.mFramesPerSecond;
-    pSkeleton.mJointTranslation = lResult.mHasJointTranslation;
-    return true;
-}
-
-bool WriteBvh(const std::string& pPath, const HostSkeleton& pSkeleton)
+bool WriteBvh(const std::string& pPath, const OrvImportResult& pImport)
 {
     OrvBvhWriteSettings lSettings;
-    lSettings.mFramesPerSecond = pSkeleton.mFramesPerSecond;
-    lSettings.mFrameCount = pSkeleton.mFrameCount;
+    lSettings.mFramesPerSecond = pImport.mFramesPerSecond;
+    lSettings.mFrameCount = FramesToWrite(pImport);
     OrvBvhWriter lWriter;
-    const bool lWritten = lWriter.Write(pPath.c_str(), pSkeleton.mRoot, lSettings);
-    PrintMessages(lWriter.GetFile());
+    const bool lWritten = lWriter.Write(pPath.c_str(), pImport.mRoot, lSettings);
+    PrintMessages(lWriter.GetFile().GetMessages());
     return lWritten;
 }
 
-// Exports the host skeleton as ASF and, when it has motion, writes the motion as AMC.
-bool WriteAsfAmc(const std::string& pAsfPath, const std::string& pAmcPath, const HostSkeleton& pSkeleton)
+// Exports the imported skeleton as ASF and, when it has motion, writes the motion as AMC.
+bool WriteAsfAmc(const std::string& pAsfPath, const std::string& pAmcPath, const OrvImportResult& pImport)
 {
-    // A lone frame survives an import only as the rest pose (the sampler keeps no curve of a
-    // single key), so it is exported as the rest pose itself.
-    const bool lUseLocalTransform = !pSkeleton.mRestInOffsets || pSkeleton.mFrameCount == 1;
+    // Where the rest offsets sit in the rotation offsets (rest rotations then sit in
+    // pre-rotations or in the animated rotation, both of which the export handles), the export
+    // leaves the local transform, and with it every frame's motion, out of the rest pose. A lone
+    // frame survives an import only as the rest pose (the sampler keeps no curve of a single
+    // key), so it is exported as the rest pose itself.
+    const int lFrames = FramesToWrite(pImport);
+    const bool lUseLocalTransform = !pImport.mRestInRotationOffsets || lFrames == 1;
     orvsdk::OrvAsfScene lExported;
-    lExported.ORVToASF(pSkeleton.mRoot, pSkeleton.mJointTranslation, orvsdk::OrvVector4(1.0, 1.0, 1.0),
+    lExported.ORVToASF(pImport.mRoot, pImport.mJointTranslation, orvsdk::OrvVector4(1.0, 1.0, 1.0),
                        lUseLocalTransform);
     if (!WriteSkeleton(pAsfPath, lExported)) return false;
-    if (!pSkeleton.mHasMotion) return true;
+    if (!pImport.mHasMotion) return true;
 
     OrvAmcWriteSettings lSettings;
-    lSettings.mFramesPerSecond = pSkeleton.mFramesPerSecond;
-    lSettings.mFrameCount = pSkeleton.mFrameCount;
+    lSettings.mFramesPerSecond = pImport.mFramesPerSecond;
+    lSettings.mFrameCount = lFrames;
     lSettings.mSkeletonFileName = std::filesystem::path(pAsfPath).filename().string();
     OrvAmcWriter lWriter;
-    const bool lWritten = lWriter.Write(pAmcPath.c_str(), lExported, pSkeleton.mRoot, lSettings);
-    PrintMessages(lWriter.GetFile());
+    const bool lWritten = lWriter.Write(pAmcPath.c_str(), lExported, pImport.mRoot, lSettings);
+    PrintMessages(lWriter.GetFile().GetMessages());
     return lWritten;
 }
 
@@ -163,18 +118,14 @@ int RunConvert(const ConvertCommandOptions& pOptions)
         return eUsageError;
     }
 
-    HostSkeleton lSkeleton;
-    SceneImport lAsfImport;
-    HostScenePtr lBvhScene;
-    const bool lRead = lInput == EFormat::eAsf ? ImportAsf(pOptions.mImport, lAsfImport, lSkeleton)
-                                               : ImportBvh(pOptions.mImport, lBvhScene, lSkeleton);
-    if (!lRead) return eInputRefused;
+    const OrvImportResult lImport = ImportFiles(pOptions.mImport, lInput == EFormat::eBvh);
+    if (!lImport.mSucceeded) return eInputRefused;
 
-    if (lOutput == EFormat::eBvh) return WriteBvh(pOptions.mOutputPath, lSkeleton) ? eSuccess : eOutputFailed;
+    if (lOutput == EFormat::eBvh) return WriteBvh(pOptions.mOutputPath, lImport) ? eSuccess : eOutputFailed;
     const std::string lAmcPath = !pOptions.mMotionOutputPath.empty()
                                      ? pOptions.mMotionOutputPath
                                      : std::filesystem::path(pOptions.mOutputPath).replace_extension(".amc").string();
-    return WriteAsfAmc(pOptions.mOutputPath, lAmcPath, lSkeleton) ? eSuccess : eOutputFailed;
+    return WriteAsfAmc(pOptions.mOutputPath, lAmcPath, lImport) ? eSuccess : eOutputFailed;
 }
 
 } // namespace orvasf::tool

@@ -2,7 +2,7 @@
 #include "tools/orvasf/ArgumentValues.h"
 #include "tools/orvasf/Commands.h"
 #include "tools/orvasf/ExitStatus.h"
-#include "tools/orvasf/SceneImport.h"
+#include "tools/orvasf/ToolImport.h"
 #include "tools/orvasf/SkeletonFile.h"
 
 namespace orvasf::tool {
@@ -14,14 +14,14 @@ int RunExport(const ExportCommandOptions& pOptions)
     // the local transform instead.
     ImportOptions lImportOptions;
     lImportOptions.mAsfPath = pOptions.mAsfPath;
-    lImportOptions.mUseRotationOffset = !pOptions.mUseLocalTransform;
-    lImportOptions.mUsePreRotation = !pOptions.mUseLocalTransform;
-    lImportOptions.mUseLimits = true;
-    SceneImport lImport;
-    if (!lImport.Run(lImportOptions)) return eInputRefused;
+    lImportOptions.mSettings.mUseRotationOffset = !pOptions.mUseLocalTransform;
+    lImportOptions.mSettings.mUsePreRotation = !pOptions.mUseLocalTransform;
+    lImportOptions.mSettings.mUseLimits = true;
+    const OrvImportResult lImport = ImportFiles(lImportOptions);
+    if (!lImport.mSucceeded) return eInputRefused;
 
     orvsdk::OrvAsfScene lExported;
-    lExported.ORVToASF(lImport.GetSkeletonNode(), pOptions.mTranslationDofs, ParseScale(pOptions.mScale).value(),
+    lExported.ORVToASF(lImport.mRoot, pOptions.mTranslationDofs, ParseScale(pOptions.mScale).value(),
                        pOptions.mUseLocalTransform);
     return WriteSkeleton(pOptions.mOutputPath, lExported) ? eSuccess : eOutputFailed;
 }

@@ -33,7 +33,7 @@ void PrepareBoneForWriting(orvsdk::OrvAsfNode& pBone, double pLengthUnit, double
 int RunFormat(const FormatCommandOptions& pOptions)
 {
     orvsdk::OrvAsfScene lScene;
-    if (!ReadSkeleton(pOptions.mAsfPath, lScene, SkeletonReadFlags())) return eInputRefused;
+    if (!ReadSkeleton(pOptions.mAsfPath, lScene)) return eInputRefused;
     PrepareBoneForWriting(*lScene.mRoot, lScene.mLengthUnit, lScene.mAngleUnit);
     return WriteSkeleton(pOptions.mOutputPath, lScene) ? eSuccess : eOutputFailed;
 }

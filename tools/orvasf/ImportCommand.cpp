@@ -4,7 +4,7 @@
 #include "tools/orvasf/ExitStatus.h"
 #include "tools/orvasf/HostSceneWalk.h"
 #include "tools/orvasf/OutputText.h"
-#include "tools/orvasf/SceneImport.h"
+#include "tools/orvasf/ToolImport.h"
 #include "tools/orvasf/SceneJsonWriter.h"
 #include "tools/orvasf/SkeletonFile.h"
 
@@ -25,32 +25,31 @@ std::string Duration(double pSeconds)
     return lText;
 }
 
-std::string FramesText(const SceneImport& pImport, double pFramesPerSecond)
+std::string FramesText(const OrvImportResult& pImport)
 {
-    if (!pImport.HasMotion()) return "none (no motion file)";
-    const OrvAmcReadResult& lMotion = pImport.GetMotion();
-    const int lSpan = lMotion.mFrameCount > 0 ? lMotion.mLastFrame - lMotion.mFirstFrame : 0;
+    if (!pImport.mHasMotion) return "none (no motion file)";
+    const int lSpan = pImport.mFrameSpan > 0 ? pImport.mFrameSpan - 1 : 0;
     char lText[96];
-    std::snprintf(lText, sizeof lText, "%d at %g fps (%.3f s)", lMotion.mFrameCount, pFramesPerSecond,
-                  lSpan / pFramesPerSecond);
+    std::snprintf(lText, sizeof lText, "%d at %g fps (%.3f s)", pImport.mFrameCount, pImport.mFramesPerSecond,
+                  lSpan / pImport.mFramesPerSecond);
     return lText;
 }
 
-void PrintSummary(const SceneImport& pImport, const ImportOptions& pOptions)
+void PrintSummary(const OrvImportResult& pImport, const ImportOptions& pOptions)
 {
-    const std::vector<orvsdk::OrvNode*> lNodes = CollectNodes(pImport.GetSkeletonNode());
-    const std::vector<CurveBinding> lCurves = CollectCurves(lNodes, pImport.GetTake());
+    const std::vector<orvsdk::OrvNode*> lNodes = CollectNodes(pImport.mRoot);
+    const std::vector<CurveBinding> lCurves = CollectCurves(lNodes, pImport.mTake);
     long long lKeys = 0;
     for (const CurveBinding& lBinding : lCurves) lKeys += lBinding.mCurve->KeyGetCount();
-    const ImportTimings& lTimings = pImport.GetTimings();
+    const OrvImportTimings& lTimings = pImport.mTimings;
 
-    std::printf("import of %s%s%s, take \"%s\"\n", pOptions.mAsfPath.c_str(),
-                pImport.HasMotion() ? " with " : "", pOptions.mMotionPath.c_str(), pOptions.mTakeName.c_str());
-    std::printf("  bones          %d + root\n", CountBones(pImport.GetSkeleton().mRoot) - 1);
+    std::printf("import of %s%s%s, take \"%s\"\n", pOptions.mAsfPath.c_str(), pImport.mHasMotion ? " with " : "",
+                pOptions.mMotionPath.c_str(), pOptions.mSettings.mTakeName.c_str());
+    std::printf("  bones          %d + root\n", pImport.mJointCount - 1);
     std::printf("  host nodes     %zu\n", lNodes.size());
     std::printf("  curves         %zu\n", lCurves.size());
     std::printf("  keys           %lld\n", lKeys);
-    std::printf("  frames         %s\n", FramesText(pImport, pOptions.mFramesPerSecond).c_str());
+    std::printf("  frames         %s\n", FramesText(pImport).c_str());
     std::printf("  read           %s\n", Duration(lTimings.mReadSeconds).c_str());
     std::printf("  sampling       %s\n", Duration(lTimings.mSamplingSeconds).c_str());
     std::printf("  node building  %s\n", Duration(lTimings.mNodeBuildingSeconds).c_str());
@@ -60,8 +59,8 @@ void PrintSummary(const SceneImport& pImport, const ImportOptions& pOptions)
 
 int RunImport(const ImportCommandOptions& pOptions)
 {
-    SceneImport lImport;
-    if (!lImport.Run(pOptions.mImport)) return eInputRefused;
+    const OrvImportResult lImport = ImportFiles(pOptions.mImport);
+    if (!lImport.mSucceeded) return eInputRefused;
     if (pOptions.mSummary)
     {
         PrintSummary(lImport, pOptions.mImport);
@@ -69,7 +68,7 @@ int RunImport(const ImportCommandOptions& pOptions)
     }
     OutputText lOutput("JSON");
     if (!lOutput.Open(pOptions.mOutputPath)) return eOutputFailed;
-    const bool lWritten = WriteSceneJson(lImport, pOptions.mImport.mFramesPerSecond, lOutput);
+    const bool lWritten = WriteSceneJson(lImport, lOutput);
     return lOutput.Close() && lWritten ? eSuccess : eOutputFailed;
 }
 

@@ -14,7 +14,7 @@ bool OutputText::Open(const std::string& pPath)
 {
     mToFile = !pPath.empty();
     if (!mToFile || mFile.Create(pPath.c_str())) return true;
-    PrintMessages(mFile);
+    PrintMessages(mFile.GetMessages());
     return false;
 }
 
@@ -36,7 +36,7 @@ bool OutputText::Close()
 {
     if (!mToFile) return FlushStandardOutput();
     if (mFile.Close()) return true;
-    PrintMessages(mFile);
+    PrintMessages(mFile.GetMessages());
     return false;
 }
 

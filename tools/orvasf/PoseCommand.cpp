@@ -4,7 +4,7 @@
 #include "tools/orvasf/MessagePrinter.h"
 #include "tools/orvasf/OutputText.h"
 #include "tools/orvasf/PoseCsvWriter.h"
-#include "tools/orvasf/SceneImport.h"
+#include "tools/orvasf/ToolImport.h"
 
 #include <optional>
 #include <string>
@@ -12,12 +12,6 @@
 namespace orvasf::tool {
 
 namespace {
-
-// Number of frame indices the motion spans (first frame is index 0).
-int FrameSpan(const OrvAmcReadResult& pMotion)
-{
-    return pMotion.mFrameCount > 0 ? pMotion.mLastFrame - pMotion.mFirstFrame + 1 : 0;
-}
 
 // The requested frames, or every frame when no list was given; empty with a message printed
 // when a requested frame lies outside the motion.
@@ -40,14 +34,13 @@ std::optional<std::vector<FrameRange>> SelectFrames(const std::string& pList, in
 
 int RunPose(const PoseCommandOptions& pOptions)
 {
-    SceneImport lImport;
-    if (!lImport.Run(pOptions.mImport)) return eInputRefused;
-    const std::optional<std::vector<FrameRange>> lFrames = SelectFrames(pOptions.mFrames, FrameSpan(lImport.GetMotion()));
+    const OrvImportResult lImport = ImportFiles(pOptions.mImport);
+    if (!lImport.mSucceeded) return eInputRefused;
+    const std::optional<std::vector<FrameRange>> lFrames = SelectFrames(pOptions.mFrames, lImport.mFrameSpan);
     if (!lFrames) return eUsageError;
     OutputText lOutput("CSV");
     if (!lOutput.Open(pOptions.mOutputPath)) return eOutputFailed;
-    const bool lWritten = WritePoseCsv(CollectNodes(lImport.GetSkeletonNode()), *lFrames,
-                                       pOptions.mImport.mFramesPerSecond, lOutput);
+    const bool lWritten = WritePoseCsv(CollectNodes(lImport.mRoot), *lFrames, lImport.mFramesPerSecond, lOutput);
     return lOutput.Close() && lWritten ? eSuccess : eOutputFailed;
 }
 

@@ -1,5 +1,6 @@
 #include "tools/orvasf/SceneJsonWriter.h"
 
+#include "driver/OrvImportDriver.h"
 #include "orvsdk/host/anim/OrvAnimCurve.h"
 #include "orvsdk/host/anim/OrvAnimStack.h"
 #include "orvsdk/host/scene/OrvNode.h"
@@ -7,7 +8,6 @@
 #include "orvsdk/host/scene/OrvSkeleton.h"
 #include "tools/orvasf/HostSceneWalk.h"
 #include "tools/orvasf/OutputText.h"
-#include "tools/orvasf/SceneImport.h"
 
 #include <charconv>
 #include <nlohmann/json.hpp>
@@ -133,12 +133,13 @@ bool WriteArray(const std::vector<T>& pItems, F pToJson, OutputText& pOutput)
 
 } // namespace
 
-bool WriteSceneJson(const SceneImport& pImport, double pFramesPerSecond, OutputText& pOutput)
+bool WriteSceneJson(const OrvImportResult& pImport, OutputText& pOutput)
 {
-    const std::vector<orvsdk::OrvNode*> lNodes = CollectNodes(pImport.GetSkeletonNode());
-    const std::vector<CurveBinding> lCurves = CollectCurves(lNodes, pImport.GetTake());
-    const std::string lHead = "{\n\"scene\": " + Dump(pImport.GetHostScene()->GetName()) + ",\n\"take\": " +
-                              Dump(pImport.GetTake()->GetName()) + ",\n\"framesPerSecond\": " + Dump(pFramesPerSecond) +
+    const std::vector<orvsdk::OrvNode*> lNodes = CollectNodes(pImport.mRoot);
+    const std::vector<CurveBinding> lCurves = CollectCurves(lNodes, pImport.mTake);
+    const std::string lHead = "{\n\"scene\": " + Dump(pImport.mScene->GetName()) + ",\n\"take\": " +
+                              Dump(pImport.mTake->GetName()) + ",\n\"framesPerSecond\": " +
+                              Dump(pImport.mFramesPerSecond) +
                               ",\n\"nodes\": ";
     return pOutput.Write(lHead) &&
            WriteArray(lNodes, [](const orvsdk::OrvNode* pNode) { return NodeObject(*pNode); }, pOutput) &&

@@ -10,18 +10,10 @@ class OrvAsfScene;
 
 namespace orvasf::tool {
 
-// How a skeleton is read: the dummy removal and the two set-up flags of the reader.
-struct SkeletonReadFlags
-{
-    bool mRemoveDummy = false;
-    bool mUseRotationOffset = false;
-    bool mUsePreRotation = false;
-};
-
 // Reads the ASF file at pPath into pScene (constructed empty; the caller owns it either way)
-// and prints the file's warnings and errors on standard error. True when the file was read;
-// false when it could not be opened or was refused.
-bool ReadSkeleton(const std::string& pPath, orvsdk::OrvAsfScene& pScene, const SkeletonReadFlags& pFlags);
+// with the reader's default settings and prints the file's warnings and errors on standard
+// error. True when the file was read; false when it could not be opened or was refused.
+bool ReadSkeleton(const std::string& pPath, orvsdk::OrvAsfScene& pScene);
 
 // Writes pScene (its root must be set) as an ASF file at pPath. The file is replaced only when
 // the whole text was written; an existing file is never left half-written. False, with the

@@ -55,7 +55,7 @@ void PrintBone(const orvsdk::OrvAsfNode& pBone, int pDepth)
 int RunTree(const std::string& pPath)
 {
     orvsdk::OrvAsfScene lScene;
-    if (!ReadSkeleton(pPath, lScene, SkeletonReadFlags())) return eInputRefused;
+    if (!ReadSkeleton(pPath, lScene)) return eInputRefused;
     std::printf("skeleton \"%s\", %d bones + root, lengths in cm\n", lScene.mName, CountBones(lScene.mRoot) - 1);
     PrintBone(*lScene.mRoot, 0);
     return eSuccess;

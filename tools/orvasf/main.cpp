@@ -12,6 +12,7 @@
 
 namespace {
 
+using namespace orvasf;
 using namespace orvasf::tool;
 
 const char* const kExitStatusFooter =
@@ -31,17 +32,17 @@ const CLI::Validator kScaleValidator(
 
 const std::vector<std::string> kRotationFilterNames{"none", "gimbal", "unroll"};
 
-// The host's rotation filter code of a name in kRotationFilterNames: its index.
-int RotationFilterCode(const std::string& pName)
+// The rotation filter of a name in kRotationFilterNames, whose index is the filter's code.
+OrvRotationFilter RotationFilterNamed(const std::string& pName)
 {
     int lCode = 0;
     while (kRotationFilterNames[lCode] != pName) ++lCode;
-    return lCode;
+    return static_cast<OrvRotationFilter>(lCode);
 }
 
 // The options every command that imports shares, bound to pOptions. The motion file is added
 // by the caller, as an option or a positional argument.
-void AddImportFlags(CLI::App& pCommand, ImportOptions& pOptions)
+void AddImportFlags(CLI::App& pCommand, OrvImportSettings& pOptions)
 {
     pCommand.add_option("--fps", pOptions.mFramesPerSecond, "Frames per second of the motion")
         ->check(CLI::PositiveNumber)
@@ -55,7 +56,7 @@ void AddImportFlags(CLI::App& pCommand, ImportOptions& pOptions)
     pCommand
         .add_option_function<std::string>(
             "--rotation-filter",
-            [&pOptions](const std::string& pName) { pOptions.mRotationFilter = RotationFilterCode(pName); },
+            [&pOptions](const std::string& pName) { pOptions.mRotationFilter = RotationFilterNamed(pName); },
             "Filter run on the rotation curves (default: none)")
         ->check(CLI::IsMember(kRotationFilterNames))
         ->type_name("NAME");
@@ -90,7 +91,7 @@ int Run(int pArgc, char** pArgv)
     CLI::App* lImportCommand = AddCommand(lApp, "import", "Import a skeleton (and motion) into a host scene, as JSON");
     lImportCommand->add_option("file", lImport.mImport.mAsfPath, "ASF file")->required();
     lImportCommand->add_option("--motion", lImport.mImport.mMotionPath, "AMC motion file")->type_name("FILE.amc");
-    AddImportFlags(*lImportCommand, lImport.mImport);
+    AddImportFlags(*lImportCommand, lImport.mImport.mSettings);
     lImportCommand->add_flag("--summary", lImport.mSummary, "Print counts and timings instead of the JSON");
     lImportCommand->add_option("-o,--output", lImport.mOutputPath, "JSON file to write (default: standard output)")
         ->type_name("OUT.json");
@@ -101,7 +102,7 @@ int Run(int pArgc, char** pArgv)
     lPoseCommand->add_option("motion", lPose.mImport.mMotionPath, "AMC motion file")->required();
     lPoseCommand->add_option("--frames", lPose.mFrames, "0-based frames, e.g. 0,10,20-30 (default: all)")
         ->check(kFrameListValidator);
-    AddImportFlags(*lPoseCommand, lPose.mImport);
+    AddImportFlags(*lPoseCommand, lPose.mImport.mSettings);
     lPoseCommand->add_option("-o,--output", lPose.mOutputPath, "CSV file to write (default: standard output)")
         ->type_name("OUT.csv");
 
@@ -124,7 +125,7 @@ int Run(int pArgc, char** pArgv)
     ConvertCommandOptions lConvert;
     CLI::App* lConvertCommand = AddCommand(lApp, "convert", "Convert between ASF/AMC and BVH through a host scene");
     AddConvertOptions(*lConvertCommand, lConvert);
-    AddImportFlags(*lConvertCommand, lConvert.mImport);
+    AddImportFlags(*lConvertCommand, lConvert.mImport.mSettings);
 
     try
     {

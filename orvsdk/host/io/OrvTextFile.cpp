@@ -20,11 +20,6 @@ namespace {
 // Longest token text quoted in a message; longer tokens are cut and marked with "...".
 constexpr int kQuotedTokenLength = 256;
 
-bool StartsWith(const std::vector<char>& pText, size_t pSize, const char* pPrefix, size_t pPrefixSize)
-{
-    return pSize >= pPrefixSize && std::memcmp(pText.data(), pPrefix, pPrefixSize) == 0;
-}
-
 std::string SystemReason(int pErrno)
 {
     return std::error_code(pErrno, std::generic_category()).message();
@@ -131,7 +126,7 @@ OrvTextFile::OrvTextFile(const char* pFileType, const char* pDelimiters, const c
     , mDelimiter{}
     , mComment(pComment ? pComment : "")
     , mSkipEmptyLines(pSkipEmptyLines)
-    , mEchoMessages(pEchoMessages)
+    , mDiagnostics(pEchoMessages)
 {
     mDelimiter[0] = true;
     for (const char* lByte = pDelimiters ? pDelimiters : ""; *lByte; ++lByte)
@@ -148,8 +143,8 @@ OrvTextFile::~OrvTextFile()
 bool OrvTextFile::Open(const char* pPath)
 {
     Close();
-    ClearMessages();
     mFileName = pPath ? pPath : "";
+    mDiagnostics.Reset(mFileName);
     const int lFile = ::open(mFileName.c_str(), O_RDONLY | O_CLOEXEC);
     if (lFile < 0)
     {
@@ -197,8 +192,8 @@ bool OrvTextFile::Open(const char* pPath)
 bool OrvTextFile::Open(const char* pText, size_t pSize, const char* pName)
 {
     Close();
-    ClearMessages();
     mFileName = pName ? pName : "";
+    mDiagnostics.Reset(mFileName);
     try
     {
         mText.assign(pText, pText + pSize);
@@ -218,8 +213,8 @@ bool OrvTextFile::Open(const char* pText, size_t pSize, const char* pName)
 bool OrvTextFile::Create(const char* pPath)
 {
     Close();
-    ClearMessages();
     mFileName = pPath ? pPath : "";
+    mDiagnostics.Reset(mFileName);
     mTargetPath = mFileName;
     mTempPath = mTargetPath + ".tmpXXXXXX";
     const int lFile = mkostemp(&mTempPath[0], O_CLOEXEC);
@@ -281,7 +276,7 @@ void OrvTextFile::ResetInput()
     std::vector<char>().swap(mText);
     mFirstLine = 0;
     mRefusedAt = 0;
-    mRefusal = "";
+    mRefusal = nullptr;
     mNextLine = 0;
     mLineEnd = nullptr;
     mTokenEnd = nullptr;
@@ -295,21 +290,11 @@ void OrvTextFile::ResetInput()
 // place with NULs, which must not count.
 void OrvTextFile::ExamineInput()
 {
-    static const char sUtf8Mark[] = {'\xEF', '\xBB', '\xBF'};
-    static const char sUtf16LittleEndianMark[] = {'\xFF', '\xFE'};
-    static const char sUtf16BigEndianMark[] = {'\xFE', '\xFF'};
     const size_t lSize = InputSize();
-    mFirstLine = StartsWith(mText, lSize, sUtf8Mark, sizeof sUtf8Mark) ? sizeof sUtf8Mark : 0;
-    if (StartsWith(mText, lSize, sUtf16LittleEndianMark, sizeof sUtf16LittleEndianMark) ||
-        StartsWith(mText, lSize, sUtf16BigEndianMark, sizeof sUtf16BigEndianMark))
-    {
-        mRefusedAt = 0;
-        mRefusal = kUtf16Message;
-        return;
-    }
-    const void* lNul = std::memchr(mText.data(), '\0', lSize);
-    mRefusedAt = lNul ? static_cast<size_t>(static_cast<const char*>(lNul) - mText.data()) : lSize;
-    mRefusal = kNulByteMessage;
+    const OrvTextStart lStart = OrvExamineTextStart(mText.data(), lSize);
+    mFirstLine = lStart.mMarkSize;
+    mRefusal = lStart.mRefusal ? lStart.mRefusal : kOrvNulByteMessage;
+    mRefusedAt = lStart.mRefusal ? 0 : OrvFindNulByte(mText.data(), lSize);
 }
 
 // Bytes of input, without the NUL that Open adds behind them.
@@ -577,7 +562,7 @@ void OrvTextFile::Warning(const char* pFormat, ...)
 {
     va_list lArgs;
     va_start(lArgs, pFormat);
-    Report(OrvTextFileMessage::eWarning, pFormat, lArgs);
+    Report(OrvMessage::eWarning, pFormat, lArgs);
     va_end(lArgs);
 }
 
@@ -585,44 +570,21 @@ void OrvTextFile::Error(const char* pFormat, ...)
 {
     va_list lArgs;
     va_start(lArgs, pFormat);
-    Report(OrvTextFileMessage::eError, pFormat, lArgs);
+    Report(OrvMessage::eError, pFormat, lArgs);
     va_end(lArgs);
 }
 
-void OrvTextFile::Report(OrvTextFileMessage::EKind pKind, const char* pFormat, va_list pArgs)
+void OrvTextFile::Report(OrvMessage::EKind pKind, const char* pFormat, va_list pArgs)
 {
-    int& lCount = pKind == OrvTextFileMessage::eError ? mErrorCount : mWarningCount;
-    if (lCount < std::numeric_limits<int>::max()) ++lCount;
-    if (pKind == OrvTextFileMessage::eWarning && mWarningCount > kMaxKeptWarnings)
-    {
-        // A file of millions of bad lines must not fill the memory with their warnings.
-        if (mWarningCount == kMaxKeptWarnings + 1) Keep(pKind, "Too many warnings, the others are not reported");
-        return;
-    }
-    std::string lText = FormatInCLocale(pFormat, pArgs);
-    if (!lText.empty() && lText.back() == '\n') lText.pop_back();
-    Keep(pKind, std::move(lText));
-}
-
-void OrvTextFile::Keep(OrvTextFileMessage::EKind pKind, std::string pText)
-{
-    mMessages.push_back(OrvTextFileMessage{pKind, mLineNumber, std::move(pText)});
-    if (mEchoMessages) std::fprintf(stderr, "%s\n", FormatMessage(mMessages.back()).c_str());
-}
-
-void OrvTextFile::ClearMessages()
-{
-    mMessages.clear();
-    mErrorCount = 0;
-    mWarningCount = 0;
-}
-
-std::string OrvTextFile::FormatMessage(const OrvTextFileMessage& pMessage) const
-{
-    std::string lText = mFileName;
-    if (pMessage.mLine > 0) lText += ":" + std::to_string(pMessage.mLine);
-    lText += pMessage.mKind == OrvTextFileMessage::eError ? ": error: " : ": warning: ";
-    return lText + pMessage.mText;
+    const auto lText = [pFormat, &pArgs]() {
+        std::string lFormatted = FormatInCLocale(pFormat, pArgs);
+        if (!lFormatted.empty() && lFormatted.back() == '\n') lFormatted.pop_back();
+        return lFormatted;
+    };
+    if (pKind == OrvMessage::eError)
+        mDiagnostics.Error(mLineNumber, lText());
+    else
+        mDiagnostics.Warning(mLineNumber, lText);
 }
 
 } // namespace orvsdk

@@ -1,6 +1,8 @@
 #ifndef ORVSDK_HOST_IO_ORVTEXTFILE_H
 #define ORVSDK_HOST_IO_ORVTEXTFILE_H
 
+#include "orvsdk/host/io/OrvDiagnostics.h"
+
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
@@ -19,19 +21,6 @@ struct TextToken
     int32_t count;
 };
 
-// One warning or error reported while a file was read or written.
-struct OrvTextFileMessage
-{
-    enum EKind
-    {
-        eWarning,
-        eError
-    };
-    EKind mKind;
-    int mLine;         // 1-based line of the current token when reported; 0 when no line was current
-    std::string mText; // the formatted text, without its final line end
-};
-
 // Line-oriented text file with keyword tables, typed reads, indented printing and messages.
 //
 // Reading: Open takes the whole input into memory once (a private copy); lines and tokens are
@@ -43,8 +32,8 @@ struct OrvTextFileMessage
 //
 // The input must be ASCII or an ASCII-compatible 8-bit text: a UTF-8 byte order mark at its start
 // is skipped; a line holding a NUL byte (comments included) is refused with the error
-// kNulByteMessage, and the first line of a text that starts with a UTF-16 byte order mark with
-// kUtf16Message. A refused line is reported when line walking reaches it, at its line number, and
+// kOrvNulByteMessage, and the first line of a text that starts with a UTF-16 byte order mark with
+// kOrvUtf16Message. A refused line is reported when line walking reaches it, at its line number, and
 // ends the walk there as the end of the input would.
 //
 // Writing: Create opens a temporary file beside the target; Close replaces the target with it
@@ -117,25 +106,17 @@ public:
     // write has failed; the failure also makes Close return false.
     bool Print(int pLevel, const char* pFormat, ...) __attribute__((format(printf, 3, 4)));
 
-    // Report a warning or an error on the current line; printf-style. The text is recorded (see
-    // GetMessages) and, with pEchoMessages, printed on standard error as
-    // "FILE:LINE: warning: TEXT" or "FILE:LINE: error: TEXT". Only the first kMaxKeptWarnings
-    // warnings of a file are recorded and printed, then the warning "Too many warnings, the
-    // others are not reported"; errors always are.
+    // Report a warning or an error on the current line (line 0 before the first line);
+    // printf-style, formatted in the C locale, a final line end dropped. The message goes to this
+    // file's diagnostics (see OrvDiagnostics for what is kept) and, with pEchoMessages, is printed
+    // on standard error as "FILE:LINE: warning: TEXT" or "FILE:LINE: error: TEXT".
     void Warning(const char* pFormat, ...) __attribute__((format(printf, 2, 3)));
     void Error(const char* pFormat, ...) __attribute__((format(printf, 2, 3)));
-    static constexpr int kMaxKeptWarnings = 1000;
-    // Error texts of refused lines.
-    static constexpr const char* kNulByteMessage = "NUL byte in line";
-    static constexpr const char* kUtf16Message = "File is UTF-16 text; save it as ASCII or UTF-8";
 
-    // The recorded messages of the file last opened or created, in the order reported.
-    const std::vector<OrvTextFileMessage>& GetMessages() const { return mMessages; }
-    // Errors and warnings reported since the file was opened or created, recorded or not.
-    int GetErrorCount() const { return mErrorCount; }
-    int GetWarningCount() const { return mWarningCount; }
-    // "FILE:LINE: warning: TEXT" (or "FILE: ..." for line 0).
-    std::string FormatMessage(const OrvTextFileMessage& pMessage) const;
+    // The messages of the file last opened or created, in the order reported, with their counts.
+    const std::vector<OrvMessage>& GetMessages() const { return mDiagnostics.GetMessages(); }
+    int GetErrorCount() const { return mDiagnostics.GetErrorCount(); }
+    int GetWarningCount() const { return mDiagnostics.GetWarningCount(); }
     // The file name given to Open or Create.
     const char* GetFileName() const { return mFileName.c_str(); }
     // 1-based number of the current line; 0 before FirstLine.
@@ -149,9 +130,7 @@ private:
         std::vector<int> mCounts;
     };
 
-    void Report(OrvTextFileMessage::EKind pKind, const char* pFormat, va_list pArgs);
-    void Keep(OrvTextFileMessage::EKind pKind, std::string pText);
-    void ClearMessages();
+    void Report(OrvMessage::EKind pKind, const char* pFormat, va_list pArgs);
     void ResetInput();
     void ExamineInput();
     size_t InputSize() const;
@@ -172,13 +151,12 @@ private:
     bool mDelimiter[256];      // indexed by byte value; NUL is always one (tokens end in place)
     std::string mComment;
     bool mSkipEmptyLines;
-    bool mEchoMessages;
 
     std::string mFileName;
     std::vector<char> mText;    // the whole input plus a NUL; tokens are terminated in place
     size_t mFirstLine = 0;      // offset of the first line: past a UTF-8 byte order mark
     size_t mRefusedAt = 0;      // offset of the first byte that refuses its line; the input size when none
-    const char* mRefusal = "";  // the error text for that line
+    const char* mRefusal = nullptr;  // the error text for that line
     size_t mNextLine = 0;       // offset of the line after the current one
     char* mLineEnd = nullptr;   // end of the current line's content, NUL while the line is current
     char mLineEndByte = '\0';   // the byte that NUL replaced at mLineEnd
@@ -187,9 +165,7 @@ private:
     char mEmpty[1] = {'\0'};
 
     std::vector<TableCounters> mCounters;
-    std::vector<OrvTextFileMessage> mMessages;
-    int mErrorCount = 0;
-    int mWarningCount = 0;
+    OrvDiagnostics mDiagnostics;
 
     std::string mTargetPath;
     std::string mTempPath;

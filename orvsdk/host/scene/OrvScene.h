@@ -84,6 +84,19 @@ private:
     OrvGlobalSettings mGlobalSettings;
 };
 
+// Scoped owner of a host scene: destroys it, with every object it owns, when it goes.
+struct OrvSceneDeleter
+{
+    void operator()(OrvScene* pScene) const { pScene->Destroy(); }
+};
+using OrvScenePtr = std::unique_ptr<OrvScene, OrvSceneDeleter>;
+
+// A new, empty scene named pName, owned by the returned pointer.
+inline OrvScenePtr OrvCreateScene(const char* pName)
+{
+    return OrvScenePtr(OrvScene::Create(pName));
+}
+
 } // namespace orvsdk
 
 #endif
