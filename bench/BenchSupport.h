@@ -5,6 +5,7 @@
 // and motions split into values ahead of time, so that a benchmark times one stage alone.
 
 #include "amc/OrvAmcReader.h"
+#include "driver/OrvImportDriver.h"
 #include "orvsdk/asf/OrvFileAcclaimAsf.h"
 #include "orvsdk/host/anim/OrvAnimCurve.h"
 #include "orvsdk/host/anim/OrvAnimLayer.h"
@@ -85,19 +86,15 @@ inline bool ReadSkeleton(const std::string& pText, orvsdk::OrvAsfScene& pScene, 
 struct HostScene
 {
     explicit HostScene(int pRotationFilter = 0, bool pUseConstantKeyReducer = false)
-        : mScene(orvsdk::OrvScene::Create("bench"))
+        : mScene(orvsdk::OrvCreateScene("bench"))
     {
         mScene->GetGlobalSettings().SetRotationFilterToApply(pRotationFilter);
         mScene->GetGlobalSettings().SetUseConstantKeyReducer(pUseConstantKeyReducer);
-        orvsdk::OrvAnimStack* lStack = orvsdk::OrvAnimStack::Create(mScene, kTake);
+        orvsdk::OrvAnimStack* lStack = orvsdk::OrvAnimStack::Create(mScene.get(), kTake);
         orvsdk::OrvAnimLayer::Create(lStack, "Base Layer");
         mScene->SetCurrentAnimationStack(lStack);
     }
-    ~HostScene() { mScene->Destroy(); }
-    HostScene(const HostScene&) = delete;
-    HostScene& operator=(const HostScene&) = delete;
-
-    orvsdk::OrvScene* mScene;
+    orvsdk::OrvScenePtr mScene;
 };
 
 // One bone line of a motion, split into values.

@@ -92,7 +92,7 @@ void BM_AddSampleFromDOF(benchmark::State& pState)
     HostScene lHost;
     OrvAsfScene lAsf;
     ReadSkeleton(ReadWhole(lPair.mSkeleton), lAsf, lUseRotationOffset, lUsePreRotation);
-    lAsf.mRoot->CreateDataFromDOF(lHost.mScene);
+    lAsf.mRoot->CreateDataFromDOF(lHost.mScene.get());
     Motion lMotion = SplitMotion(ReadWhole(lPair.mMotion), lAsf);
     for (auto lIteration : pState)
     {
@@ -116,7 +116,7 @@ struct SampledSkeleton
         : mHost(pRotationFilter, pUseConstantKeyReducer)
     {
         ReadSkeleton(pSkeletonText, mAsf);
-        mAsf.mRoot->CreateDataFromDOF(mHost.mScene);
+        mAsf.mRoot->CreateDataFromDOF(mHost.mScene.get());
         Motion lMotion = SplitMotion(pMotionText, mAsf, pFrames);
         SampleMotion(lMotion, mAsf, false, false);
     }
@@ -175,7 +175,7 @@ void BM_ASFToORV(benchmark::State& pState)
         auto lSampled = std::make_unique<SampledSkeleton>(lSkeletonText, lMotionText, 2);
         lSampled->mAsf.mRoot->StopSamplingData();
         pState.ResumeTiming();
-        orvsdk::OrvNode* lRoot = lSampled->mAsf.ASFToORV(lSampled->mHost.mScene, kTake, true, false, false);
+        orvsdk::OrvNode* lRoot = lSampled->mAsf.ASFToORV(lSampled->mHost.mScene.get(), kTake, true, false, false);
         lSampled->mHost.mScene->GetRootNode()->AddChild(lRoot);
         pState.PauseTiming();
         lNodes += static_cast<int64_t>(CollectNodes(lRoot).size());
@@ -189,26 +189,15 @@ BENCHMARK(BM_ASFToORV)->Iterations(500)->Unit(benchmark::kMicrosecond);
 
 // --- The whole import ----------------------------------------------------------------------------
 
-// Skeleton read from text, curves, the AMC file read and sampled, the flush with the default
-// settings, the host nodes: what `orvasf import` does.
+// The import driver with its default settings: skeleton read, curves, the AMC file read and
+// sampled, the flush, the host nodes; what `orvasf import` does.
 void BM_WholeImport(benchmark::State& pState)
 {
     const MotionPair lPair = ImportPair();
     if (!PairReadable(pState, lPair)) return;
-    const std::string lSkeletonText = ReadWhole(lPair.mSkeleton);
     int64_t lFrames = 0;
     for (auto lIteration : pState)
-    {
-        HostScene lHost;
-        OrvAsfScene lAsf;
-        ReadSkeleton(lSkeletonText, lAsf);
-        lAsf.mRoot->CreateDataFromDOF(lHost.mScene);
-        orvasf::OrvAmcReader lReader;
-        const orvasf::OrvAmcReadResult lResult = lReader.Read(lPair.mMotion.c_str(), lAsf, orvasf::OrvAmcReadSettings());
-        orvsdk::OrvNode* lRoot = lAsf.ASFToORV(lHost.mScene, kTake, false, false, false);
-        lHost.mScene->GetRootNode()->AddChild(lRoot);
-        lFrames += lResult.mFrameCount;
-    }
+        lFrames += orvasf::OrvImportAsf(lPair.mSkeleton, lPair.mMotion, orvasf::OrvImportSettings()).mFrameCount;
     pState.SetItemsProcessed(lFrames);
     pState.SetBytesProcessed(pState.iterations() * static_cast<int64_t>(fs::file_size(lPair.mMotion)));
     pState.SetLabel("items = frames");
@@ -222,16 +211,9 @@ void BM_WorldPositionsPerFrame(benchmark::State& pState)
 {
     const MotionPair lPair = ImportPair();
     if (!PairReadable(pState, lPair)) return;
-    HostScene lHost;
-    OrvAsfScene lAsf;
-    ReadSkeleton(ReadWhole(lPair.mSkeleton), lAsf);
-    lAsf.mRoot->CreateDataFromDOF(lHost.mScene);
-    orvasf::OrvAmcReader lReader;
-    const orvasf::OrvAmcReadResult lResult = lReader.Read(lPair.mMotion.c_str(), lAsf, orvasf::OrvAmcReadSettings());
-    const int lFrameCount = std::max(lResult.mFrameCount, 1);
-    orvsdk::OrvNode* lRoot = lAsf.ASFToORV(lHost.mScene, kTake, false, false, false);
-    lHost.mScene->GetRootNode()->AddChild(lRoot);
-    const std::vector<orvsdk::OrvNode*> lNodes = CollectNodes(lRoot);
+    const orvasf::OrvImportResult lImport = orvasf::OrvImportAsf(lPair.mSkeleton, lPair.mMotion, orvasf::OrvImportSettings());
+    const int lFrameCount = std::max(lImport.mFrameCount, 1);
+    const std::vector<orvsdk::OrvNode*> lNodes = CollectNodes(lImport.mRoot);
     int lFrame = 0;
     for (auto lIteration : pState)
     {

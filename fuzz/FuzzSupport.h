@@ -1,15 +1,13 @@
 #ifndef ORVASF_FUZZ_FUZZSUPPORT_H
 #define ORVASF_FUZZ_FUZZSUPPORT_H
 
-// Pieces shared by the fuzz targets: the reading flags taken from an input byte, checks that
-// libFuzzer reports as crashes, skeleton reading and a whole motion import into a host scene.
+// Pieces shared by the fuzz targets: the import settings taken from an input byte, checks that
+// libFuzzer reports as crashes, skeleton reading, scratch files and a whole import through the
+// import driver.
 
-#include "amc/OrvAmcReader.h"
+#include "driver/OrvImportDriver.h"
 #include "orvsdk/asf/OrvFileAcclaimAsf.h"
-#include "orvsdk/host/anim/OrvAnimLayer.h"
-#include "orvsdk/host/anim/OrvAnimStack.h"
 #include "orvsdk/host/scene/OrvNode.h"
-#include "orvsdk/host/scene/OrvScene.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 
@@ -17,23 +15,24 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <string_view>
 #include <vector>
 
+#include <unistd.h>
+
 namespace orvfuzz {
 
-// The reader's three flags and the node building's limits flag, from the low four bits of a byte.
-struct ReadFlags
+// The reader's dummy removal, the two set-up flags and the node building's limits flag, from the
+// low four bits of a byte.
+inline orvasf::OrvImportSettings SettingsFromByte(uint8_t pByte)
 {
-    bool mRemoveDummy;
-    bool mUseRotationOffset;
-    bool mUsePreRotation;
-    bool mUseLimits;
-};
-
-inline ReadFlags FlagsFromByte(uint8_t pByte)
-{
-    return ReadFlags{(pByte & 1) != 0, (pByte & 2) != 0, (pByte & 4) != 0, (pByte & 8) != 0};
+    orvasf::OrvImportSettings lSettings;
+    lSettings.mRemoveDummy = (pByte & 1) != 0;
+    lSettings.mUseRotationOffset = (pByte & 2) != 0;
+    lSettings.mUsePreRotation = (pByte & 4) != 0;
+    lSettings.mUseLimits = (pByte & 8) != 0;
+    return lSettings;
 }
 
 // A broken expectation: printed, then abort(), which libFuzzer records as a crash with its input.
@@ -82,7 +81,8 @@ inline void RequireSoundTree(const orvsdk::OrvAsfNode* pRoot)
 }
 
 // Reads pSize bytes of ASF text into pScene; on success checks the tree.
-inline bool ReadSkeleton(const uint8_t* pText, size_t pSize, const ReadFlags& pFlags, orvsdk::OrvAsfScene& pScene)
+inline bool ReadSkeleton(const uint8_t* pText, size_t pSize, const orvasf::OrvImportSettings& pFlags,
+                         orvsdk::OrvAsfScene& pScene)
 {
     orvsdk::OrvFileAcclaimAsf lFile(false);
     Require(lFile.Open(reinterpret_cast<const char*>(pText), pSize, "fuzz.asf"), "in-memory open failed");
@@ -93,54 +93,52 @@ inline bool ReadSkeleton(const uint8_t* pText, size_t pSize, const ReadFlags& pF
     return true;
 }
 
-// A host scene with a current take named kTake, as an import expects it. It must outlive every
-// skeleton whose curves it holds.
-class HostScene
+// A file of this process named after pSuffix, in memory-backed /dev/shm when there is one,
+// rewritten for each input and removed when the process ends normally.
+class ScratchFile
 {
 public:
-    static constexpr const char* kTake = "Take";
-
-    HostScene() : mScene(orvsdk::OrvScene::Create("fuzz"))
+    explicit ScratchFile(const char* pSuffix)
+        : mPath(std::string(access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") + "/orvasf-fuzz-" +
+                std::to_string(getpid()) + pSuffix)
     {
-        orvsdk::OrvAnimStack* lStack = orvsdk::OrvAnimStack::Create(mScene, kTake);
-        orvsdk::OrvAnimLayer::Create(lStack, "Base");
-        mScene->SetCurrentAnimationStack(lStack);
     }
-    ~HostScene() { mScene->Destroy(); }
-    HostScene(const HostScene&) = delete;
-    HostScene& operator=(const HostScene&) = delete;
+    ~ScratchFile() { unlink(mPath.c_str()); }
+    ScratchFile(const ScratchFile&) = delete;
+    ScratchFile& operator=(const ScratchFile&) = delete;
 
-    orvsdk::OrvScene* Get() const { return mScene; }
+    // Replaces the file's content with pSize bytes at pBytes; returns its path.
+    const std::string& Write(const uint8_t* pBytes, size_t pSize) const
+    {
+        std::FILE* lFile = std::fopen(mPath.c_str(), "wb");
+        Require(lFile != nullptr, "cannot create a scratch file");
+        const bool lWritten = std::fwrite(pBytes, 1, pSize, lFile) == pSize;
+        Require(std::fclose(lFile) == 0 && lWritten, "cannot write a scratch file");
+        return mPath;
+    }
 
 private:
-    orvsdk::OrvScene* mScene;
+    std::string mPath;
 };
 
-// A whole import of pSize bytes of motion onto pSkeleton, which has a root: curves, the AMC read
-// and, when the motion was read whole, the host nodes.
-inline void ImportMotion(const uint8_t* pText, size_t pSize, const ReadFlags& pFlags, orvsdk::OrvAsfScene& pSkeleton,
-                         HostScene& pHost)
+// A whole import through the import driver of the skeleton at pAsfPath and the motion at
+// pAmcPath, with the result's invariants checked: every message formats, an error comes exactly
+// with a refusal, a read skeleton is a sound tree, a success has its nodes attached.
+inline void Import(const std::string& pAsfPath, const std::string& pAmcPath, const orvasf::OrvImportSettings& pSettings)
 {
-    pSkeleton.mRoot->CreateDataFromDOF(pHost.Get());
-    orvasf::OrvAmcReadSettings lSettings;
-    lSettings.mUseRotationOffset = pFlags.mUseRotationOffset;
-    lSettings.mUsePreRotation = pFlags.mUsePreRotation;
-    orvasf::OrvAmcReader lReader;
-    const orvasf::OrvAmcReadResult lResult =
-        lReader.Read(reinterpret_cast<const char*>(pText), pSize, "fuzz.amc", pSkeleton, lSettings);
+    const orvasf::OrvImportResult lResult = orvasf::OrvImportAsf(pAsfPath, pAmcPath, pSettings);
     bool lHasError = false;
-    for (const orvasf::OrvAmcMessage& lMessage : lResult.mMessages)
+    for (const orvsdk::OrvMessage& lMessage : lResult.mMessages)
     {
-        lHasError = lHasError || lMessage.mKind == orvasf::OrvAmcMessage::eError;
-        Require(!lReader.FormatMessage(lMessage).empty(), "empty message");
+        lHasError = lHasError || lMessage.mKind == orvsdk::OrvMessage::eError;
+        Require(!orvsdk::OrvFormatMessage(lMessage).empty(), "empty message");
     }
     Require(lHasError != lResult.mSucceeded, "the result disagrees with the error messages");
+    if (lResult.mScene) RequireSoundTree(lResult.mSkeleton->mRoot);
     if (!lResult.mSucceeded) return;
-    Require(lResult.mFrameCount == 0 || lResult.mFirstFrame <= lResult.mLastFrame, "frames out of order");
-    orvsdk::OrvNode* lRoot = pSkeleton.ASFToORV(pHost.Get(), HostScene::kTake, pFlags.mUseLimits,
-                                                pFlags.mUseRotationOffset, pFlags.mUsePreRotation);
-    Require(lRoot != nullptr, "node building returned no node");
-    pHost.Get()->GetRootNode()->AddChild(lRoot);
+    Require(lResult.mFrameSpan >= lResult.mFrameCount, "frames out of order");
+    Require(lResult.mRoot != nullptr && lResult.mRoot->GetParent() == lResult.mScene->GetRootNode(),
+            "the skeleton's node is not attached");
 }
 
 } // namespace orvfuzz

@@ -80,12 +80,11 @@ const char kSkeleton[] = R"(:version 1.10
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t pSize)
 {
+    static const orvfuzz::ScratchFile sSkeleton(".asf");
+    static const std::string sSkeletonPath =
+        sSkeleton.Write(reinterpret_cast<const uint8_t*>(kSkeleton), sizeof kSkeleton - 1);
+    static const orvfuzz::ScratchFile sMotion(".amc");
     if (pSize == 0) return 0;
-    const orvfuzz::ReadFlags lFlags = orvfuzz::FlagsFromByte(pData[0]);
-    orvfuzz::HostScene lHost;
-    orvsdk::OrvAsfScene lSkeleton;
-    if (!orvfuzz::ReadSkeleton(reinterpret_cast<const uint8_t*>(kSkeleton), sizeof kSkeleton - 1, lFlags, lSkeleton))
-        orvfuzz::Fail("the fixed skeleton does not read");
-    orvfuzz::ImportMotion(pData + 1, pSize - 1, lFlags, lSkeleton, lHost);
+    orvfuzz::Import(sSkeletonPath, sMotion.Write(pData + 1, pSize - 1), orvfuzz::SettingsFromByte(pData[0]));
     return 0;
 }

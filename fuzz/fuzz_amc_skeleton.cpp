@@ -1,7 +1,7 @@
 // AMC motion reader against a skeleton that is itself part of the input. The first byte chooses
 // the flags (its low four bits); the rest is the skeleton, then a line "@amc", then the motion.
-// Without that line the whole rest is the skeleton and the motion is empty. A skeleton that does
-// not read ends the input.
+// Without that line the whole rest is the skeleton and the motion is empty. Each input is a whole
+// import through the import driver.
 
 #include "FuzzSupport.h"
 
@@ -15,16 +15,14 @@ const char kMarker[] = "\n@amc\n";
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t pSize)
 {
+    static const orvfuzz::ScratchFile sSkeleton(".asf");
+    static const orvfuzz::ScratchFile sMotion(".amc");
     if (pSize == 0) return 0;
-    const orvfuzz::ReadFlags lFlags = orvfuzz::FlagsFromByte(pData[0]);
     const uint8_t* lBegin = pData + 1;
     const uint8_t* lEnd = pData + pSize;
     const uint8_t* lMarker = std::search(lBegin, lEnd, kMarker, kMarker + sizeof kMarker - 1);
     const uint8_t* lMotion = lMarker == lEnd ? lEnd : lMarker + sizeof kMarker - 1;
-
-    orvfuzz::HostScene lHost;
-    orvsdk::OrvAsfScene lSkeleton;
-    if (!orvfuzz::ReadSkeleton(lBegin, static_cast<size_t>(lMarker - lBegin), lFlags, lSkeleton)) return 0;
-    orvfuzz::ImportMotion(lMotion, static_cast<size_t>(lEnd - lMotion), lFlags, lSkeleton, lHost);
+    orvfuzz::Import(sSkeleton.Write(lBegin, static_cast<size_t>(lMarker - lBegin)),
+                    sMotion.Write(lMotion, static_cast<size_t>(lEnd - lMotion)), orvfuzz::SettingsFromByte(pData[0]));
     return 0;
 }

@@ -63,7 +63,7 @@ std::string RoundTripPath()
     return std::string(lFolder) + "/orvasf-fuzz-" + std::to_string(getpid()) + ".asf";
 }
 
-void WriteAndReadBack(OrvAsfScene& pScene, const orvfuzz::ReadFlags& pFlags)
+void WriteAndReadBack(OrvAsfScene& pScene, const orvasf::OrvImportSettings& pFlags)
 {
     // The writer prints an empty skeleton name as it is, and the reader refuses a ":name" line
     // without a name; both follow the format's rules, so an unnamed skeleton gets a name first.
@@ -82,8 +82,8 @@ void WriteAndReadBack(OrvAsfScene& pScene, const orvfuzz::ReadFlags& pFlags)
     orvfuzz::Require(lOpened, "cannot open the written file");
     if (!lIn.Read(&lAgain, pFlags.mRemoveDummy, pFlags.mUseRotationOffset, pFlags.mUsePreRotation))
     {
-        for (const orvsdk::OrvTextFileMessage& lMessage : lIn.GetMessages())
-            std::fprintf(stderr, "%s\n", lIn.FormatMessage(lMessage).c_str());
+        for (const orvsdk::OrvMessage& lMessage : lIn.GetMessages())
+            std::fprintf(stderr, "%s\n", orvsdk::OrvFormatMessage(lMessage).c_str());
         orvfuzz::Fail("the written skeleton does not read back");
     }
     const std::vector<BoneShape> lBefore = Shape(pScene.mRoot);
@@ -95,7 +95,7 @@ void WriteAndReadBack(OrvAsfScene& pScene, const orvfuzz::ReadFlags& pFlags)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t pSize)
 {
     if (pSize == 0) return 0;
-    const orvfuzz::ReadFlags lFlags = orvfuzz::FlagsFromByte(pData[0]);
+    const orvasf::OrvImportSettings lFlags = orvfuzz::SettingsFromByte(pData[0]);
     OrvAsfScene lScene;
     if (orvfuzz::ReadSkeleton(pData + 1, pSize - 1, lFlags, lScene)) WriteAndReadBack(lScene, lFlags);
     return 0;

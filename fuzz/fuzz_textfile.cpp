@@ -74,8 +74,8 @@ public:
                 lMore = Apply(pScript[lNext++ % pScript.size()]);
             if (lMore) lMore = mFile.NextLine();
         }
-        for (const orvsdk::OrvTextFileMessage& lMessage : mFile.GetMessages())
-            Require(!mFile.FormatMessage(lMessage).empty(), "empty message");
+        for (const orvsdk::OrvMessage& lMessage : mFile.GetMessages())
+            Require(!orvsdk::OrvFormatMessage(lMessage).empty(), "empty message");
     }
 
 private:

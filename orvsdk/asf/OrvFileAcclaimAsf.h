@@ -17,6 +17,11 @@ class OrvAsfScene;
 // Read or Write once. The class never owns the scene it is given. Each instance keeps its own
 // keyword match counters, so different instances may read at the same time on different
 // threads; one instance is used by one thread at a time.
+//
+// Where the members are defined, by group: Read, its section walk and the small sections
+// (":version", ":name", ":units", ":documentation", ":skin") in asf/OrvFileAcclaimAsf.cpp;
+// ":root" and ":bonedata" in asf/OrvFileAcclaimAsfBones.cpp; ":hierarchy" in
+// asf/OrvFileAcclaimAsfHierarchy.cpp; Write and its sections in asf/OrvFileAcclaimAsfWriter.cpp.
 class OrvFileAcclaimAsf : public OrvTextFile
 {
 public:

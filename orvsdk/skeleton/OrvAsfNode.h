@@ -25,6 +25,14 @@ class OrvScene;
 //
 // Degrees of freedom are held as codes: "tx" 0, "ty" 1, "tz" 2, "rz" 3, "ry" 4, "rx" 5.
 // Limits are indexed by code, not by position in mDof.
+//
+// Where the members are defined, by group: creation, memory and tree operations in
+// skeleton/OrvAsfNode.cpp; rest pose in skeleton/OrvAsfBindPose.cpp; simplification in
+// skeleton/OrvAsfSimplify.cpp; curve creation and binding (CreateDataFromDOF, SetCurves,
+// GetCurveNodePointers) in import/OrvAsfCurveBinding.cpp; rotation settings and limits (SetDoFs,
+// SetLimits) in import/OrvAsfDofs.cpp; node building (ASFToORV, MergeASFToORV) in
+// import/OrvAsfNodeBuilding.cpp; sampling (StartSamplingData, AddSampleFromDOF) in
+// sampling/OrvAsfSampling.cpp and its flush (StopSamplingData) in sampling/OrvAsfCurveFlush.cpp.
 class OrvAsfNode
 {
 public:

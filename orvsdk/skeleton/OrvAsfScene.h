@@ -13,6 +13,11 @@ class OrvScene;
 //
 // The caller creates a scene (in host memory when it is to be released with Destroy, or as a
 // plain object) and hands it to the reader, or fills it from a host hierarchy with ORVToASF.
+//
+// Where the members are defined, by group: life, name and SetupNode in skeleton/OrvAsfScene.cpp;
+// node building (ASFToORV, MergeASFToORV) in import/OrvAsfNodeBuilding.cpp; extraction from a
+// host hierarchy (ORVToASF and its steps) in export/OrvAsfExport.cpp; binding to a host
+// hierarchy (MergeORVToASF) in export/OrvAsfMerge.cpp.
 class OrvAsfScene
 {
 public:
