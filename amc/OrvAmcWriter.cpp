@@ -2,6 +2,7 @@
 
 #include "orvsdk/host/math/OrvEuler.h"
 #include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/skeleton/OrvAsfDof.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"
@@ -42,7 +43,7 @@ OrvNode* SkeletonChildNamed(const OrvNode* pNode, const char* pName)
 // The position in its order's sequence of the axis that DOF code pCode rotates about.
 int SequenceIndex(int pOrder, int pCode)
 {
-    const int lAxis = 5 - pCode;
+    const int lAxis = orvsdk::DofAxis(pCode);
     const int* lSequence = orvsdk::OrvEuler::AxisTable[pOrder];
     return lSequence[0] == lAxis ? 0 : lSequence[1] == lAxis ? 1 : 2;
 }
@@ -156,10 +157,11 @@ void OrvAmcWriter::PoseBone(size_t pIndex, orvsdk::OrvTime pTime, std::string& p
     {
         const int lCode = lAsfBone.mDof[i];
         pText += ' ';
-        if (lCode < 3)
+        if (orvsdk::IsTranslationDof(lCode))
         {
-            lTranslation[lCode] = lMove[lCode];
-            AppendNumber(pText, lMove[lCode] / mTranslationFactor);
+            const int lAxis = orvsdk::DofAxis(lCode);
+            lTranslation[lAxis] = lMove[lAxis];
+            AppendNumber(pText, lMove[lAxis] / mTranslationFactor);
         }
         else
             AppendNumber(pText, lAngles[SequenceIndex(lBone.mOrder, lCode)]);

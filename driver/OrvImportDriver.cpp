@@ -7,6 +7,7 @@
 #include "orvsdk/host/anim/OrvAnimStack.h"
 #include "orvsdk/host/math/OrvEuler.h"
 #include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/skeleton/OrvAsfDof.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"
 
@@ -46,7 +47,7 @@ orvsdk::OrvMessage SkeletonWarning(const std::string& pPath, std::string pText)
 bool HasRotation(const orvsdk::OrvAsfNode& pBone)
 {
     for (int i = 0; i < pBone.mDofCount; ++i)
-        if (pBone.mDof[i] >= 3) return true;
+        if (orvsdk::IsRotationDof(pBone.mDof[i])) return true;
     return false;
 }
 

@@ -8,6 +8,7 @@
 #include "driver/OrvImportDriver.h"
 #include "orvsdk/asf/OrvFileAcclaimAsf.h"
 #include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/skeleton/OrvAsfDof.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 
@@ -71,7 +72,7 @@ inline void RequireSoundTree(const orvsdk::OrvAsfNode* pRoot)
     {
         Require(lBone->mDofCount >= 0 && lBone->mDofCount <= orvsdk::OrvAsfNode::kMaxDofs, "DOF count out of range");
         for (int i = 0; i < lBone->mDofCount; ++i)
-            Require(lBone->mDof[i] >= 0 && lBone->mDof[i] < orvsdk::OrvAsfNode::kDofCodes, "DOF code out of range");
+            Require(orvsdk::IsStoredDof(lBone->mDof[i]), "DOF code out of range");
         for (int i = 0; i < lBone->mChildren.GetCount(); ++i)
             Require(lBone->mChildren[i]->mParent == lBone, "child whose parent link points elsewhere");
         int lDepth = 0;

@@ -36,6 +36,7 @@
 #include "orvsdk/host/scene/OrvSkeleton.h"
 
 #include "orvsdk/asf/OrvFileAcclaimAsf.h"
+#include "orvsdk/skeleton/OrvAsfDof.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"

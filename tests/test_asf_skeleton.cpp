@@ -1,15 +1,18 @@
-// Skeleton records: tree operations, ownership, and the rotation order codes.
+// Skeleton records: tree operations, ownership, the DOF codes and the rotation order codes.
 
 #include "AsfTestSupport.h"
 
+#include "orvsdk/asf/OrvFileAcclaimAsf.h"
 #include "orvsdk/host/anim/OrvAnimCurve.h"
 #include "orvsdk/host/core/OrvMemory.h"
 #include "orvsdk/host/scene/OrvScene.h"
+#include "orvsdk/skeleton/OrvAsfDof.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"
 
 #include <gtest/gtest.h>
 
 #include <new>
+#include <string>
 
 using namespace orvsdk;
 using namespace orvsdk::asftest;
@@ -131,6 +134,33 @@ int OrderOf(std::vector<int> pCodes)
 }
 
 } // namespace
+
+TEST(AsfDofCodes, NamedCodesAndHelpersAgreeWithTheKeywordTable)
+{
+    // A DOF word's code is its index in the reader's table; its letters give kind and axis.
+    const std::pair<EOrvAsfDof, std::string> lNames[] = {{eOrvDofTx, "tx"}, {eOrvDofTy, "ty"}, {eOrvDofTz, "tz"},
+                                                         {eOrvDofRz, "rz"}, {eOrvDofRy, "ry"}, {eOrvDofRx, "rx"}};
+    for (const auto& [lCode, lWord] : lNames) EXPECT_EQ(OrvFileAcclaimAsf::smDof[lCode].keyword, lWord);
+
+    int lStored = 0;
+    int lCode = 0;
+    for (; OrvFileAcclaimAsf::smDof[lCode].keyword[0] != '\0'; ++lCode)
+    {
+        const std::string lWord = OrvFileAcclaimAsf::smDof[lCode].keyword;
+        const bool lTranslation = lWord.size() == 2 && lWord[0] == 't';
+        const bool lRotation = lWord.size() == 2 && lWord[0] == 'r';
+        EXPECT_EQ(IsTranslationDof(lCode), lTranslation) << lWord;
+        EXPECT_EQ(IsRotationDof(lCode), lRotation) << lWord;
+        EXPECT_EQ(IsStoredDof(lCode), lTranslation || lRotation) << lWord;
+        if (!lTranslation && !lRotation) continue;
+        ++lStored;
+        const int lAxis = lWord[1] - 'x';
+        EXPECT_EQ(DofAxis(lCode), lAxis) << lWord;
+        EXPECT_EQ(lTranslation ? TranslationDofOnAxis(lAxis) : RotationDofOnAxis(lAxis), lCode) << lWord;
+    }
+    EXPECT_EQ(lStored, OrvAsfNode::kDofCodes);
+    for (int lOutside : {-1, lCode}) EXPECT_FALSE(IsStoredDof(lOutside)) << lOutside;
+}
 
 TEST(AsfRotationOrder, TheLastTwoRotationsDecide)
 {

@@ -279,6 +279,34 @@ TEST(HostTextFile, NumbersMustBeWholeTokens)
     }
 }
 
+TEST(HostTextFile, PairOverflowToInfinityReadsOnlyOverflowsAsInfinities)
+{
+    struct Case
+    {
+        const char* mText;
+        bool mRead;
+        double mFirst;
+        double mSecond;
+    };
+    const double kLargest = std::numeric_limits<double>::max();
+    const Case lCases[] = {
+        {"1e400 -1e400", true, kInf, -kInf},
+        {"+1e999 1.7976931348623157e308", true, kInf, kLargest},
+        {"-1.7976931348623159e308 -inf", true, -kInf, -kInf},
+        {"1e-400 0", false, 0, 0},
+        {"0 1e400x", false, 0, 0},
+        {"nan 1e400", false, 0, 0},
+    };
+    for (const Case& lCase : lCases)
+    {
+        Reader lFile(lCase.mText);
+        double lPair[2] = {42.0, 42.0};
+        EXPECT_EQ(lFile.GetPairOverflowToInfinity(lPair, 1.0), lCase.mRead) << lCase.mText;
+        EXPECT_EQ(lPair[0], lCase.mRead ? lCase.mFirst : 42.0) << lCase.mText;
+        EXPECT_EQ(lPair[1], lCase.mRead ? lCase.mSecond : 42.0) << lCase.mText;
+    }
+}
+
 TEST(HostTextFile, FailedReadsLeaveTargetAndToken)
 {
     Reader lFile("1 2 name 3\n");

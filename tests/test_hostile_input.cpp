@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -21,6 +22,7 @@ using namespace orvsdk;
 using namespace orvsdk::asftest;
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 
 namespace {
 
@@ -425,7 +427,7 @@ TEST(HostileNumbers, OutOfRangeAndNotANumberAreRefusedWithTheReadersMessages)
         {"    direction 1 nan 0\n", false, "E: Can't read bone direction"},
         {"    direction 1 -1e400 0\n", false, "E: Can't read bone direction"},
         {"    axis 0 nan 0 XYZ\n", false, "E: Can't read bone local coordinate system"},
-        {"    dof rx\n    limits (1e400 0)\n", false, "E: Can't read dof limits"},
+        {"    dof rx\n    limits (1e-400 0)\n", false, "E: Can't read dof limits"},
         {"    dof rx\n    limits (NaN 0)\n", false, "E: Can't read dof limits"},
         {"    id 1e400\n", true, "W: Can't read bone id value"},
         {"    bodymass nan\n", true, "W: Can't read bodymass value"},
@@ -438,6 +440,45 @@ TEST(HostileNumbers, OutOfRangeAndNotANumberAreRefusedWithTheReadersMessages)
                                   lCase.mBoneLine + "  end\n:hierarchy\n";
         EXPECT_EQ(ReadText(lFile, lScene, lText), lCase.mRead) << lCase.mBoneLine;
         EXPECT_THAT(Messages(lFile), ElementsAre(lCase.mMessage)) << lCase.mBoneLine;
+    }
+}
+
+TEST(HostileNumbers, LimitBoundsBeyondTheFiniteRangeReadLikeInfiniteOnes)
+{
+    struct Case
+    {
+        std::string mPair;
+        bool mMinActive;
+        double mMin;
+        bool mMaxActive;
+        double mMax;
+    };
+    const double kLargest = std::numeric_limits<double>::max();
+    const double kInf = std::numeric_limits<double>::infinity();
+    const Case lCases[] = {
+        {"(-inf inf)", false, 0.0, false, 0.0},
+        {"(-1e309 1e999)", false, 0.0, false, 0.0},
+        {"(-1e999 1.7977e+308)", false, 0.0, false, 0.0},
+        {"(-1.7976931348623159e308 1.7976931348623159e308)", false, 0.0, false, 0.0},
+        {"(-1.7976931348623157e308 1.7976931348623157e308)", true, -kLargest, true, kLargest},
+        {"(-1.7976931348623158e308 1.7976931348623158e308)", true, -kLargest, true, kLargest},  // rounds to the largest
+        // On the wrong side an infinity is a present bound, and so is an overflow.
+        {"(inf -inf)", true, kInf, true, -kInf},
+        {"(1e999 -1e309)", true, kInf, true, -kInf},
+    };
+    const int lRy = 4;  // the code of "ry"
+    for (const Case& lCase : lCases)
+    {
+        OrvFileAcclaimAsf lFile(false);
+        OrvAsfScene lScene;
+        const std::string lBone = BoneBlock("a", "    dof ry\n    limits " + lCase.mPair + "\n");
+        ASSERT_TRUE(ReadText(lFile, lScene, kRoot + ":bonedata\n" + lBone + ":hierarchy\n")) << lCase.mPair;
+        EXPECT_THAT(Messages(lFile), IsEmpty()) << lCase.mPair;
+        const OrvAsfNode* lRead = lScene.mRoot->Find("a");
+        EXPECT_EQ(lRead->mLimitMinActive[lRy], lCase.mMinActive) << lCase.mPair;
+        EXPECT_EQ(lRead->mLimitMin[lRy], lCase.mMin) << lCase.mPair;
+        EXPECT_EQ(lRead->mLimitMaxActive[lRy], lCase.mMaxActive) << lCase.mPair;
+        EXPECT_EQ(lRead->mLimitMax[lRy], lCase.mMax) << lCase.mPair;
     }
 }
 

@@ -28,7 +28,8 @@ void BuildAxisMatrix(OrvAsfNode& pBone)
     pBone.mAxisMatrixInverse = lFrame.Inverse();
 }
 
-// A bound beyond the finite range (the words "-inf" and "inf") is absent.
+// A bound beyond the finite range ("-inf", "inf", or a number such as -1e309 that the reader
+// takes as an infinity) is absent.
 void StoreLimits(OrvAsfNode& pBone, int pCode, const double* pPair)
 {
     pBone.mLimitMinActive[pCode] = pPair[0] >= -kLargestFinite;
@@ -281,7 +282,7 @@ bool OrvFileAcclaimAsf::ReadLimits(OrvAsfNode* pBone)
     for (int i = 0; i < pBone->mDofCount; ++i)
     {
         double lPair[2] = {0.0, 0.0};
-        if (!GetPair(lPair, 1.0) && !(NextLine() && GetPair(lPair, 1.0)))
+        if (!GetPairOverflowToInfinity(lPair, 1.0) && !(NextLine() && GetPairOverflowToInfinity(lPair, 1.0)))
         {
             Error("Can't read dof limits\n");
             return false;

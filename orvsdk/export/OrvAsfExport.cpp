@@ -9,6 +9,7 @@
 #include "orvsdk/host/scene/OrvNode.h"
 #include "orvsdk/host/core/OrvString.h"
 #include "orvsdk/host/core/OrvTime.h"
+#include "orvsdk/skeleton/OrvAsfDof.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"
 
@@ -19,9 +20,6 @@
 namespace orvsdk {
 
 namespace {
-
-const int sTranslationCodes[3] = {0, 1, 2};
-const int sRotationCodes[3] = {5, 4, 3};
 
 // Copies pFirst followed by pSecond into a bone name, truncated to fit without splitting a
 // UTF-8 sequence.
@@ -90,7 +88,7 @@ bool NeedsIntermediateBones(const OrvArray<OrvNode*, 16>& pJoints, bool pIsRoot,
     return false;
 }
 
-void CopyLimits(const OrvLimits& pLimits, const int pCodes[3], OrvAsfNode& pBone)
+void CopyLimits(const OrvLimits& pLimits, OrvAsfDofOnAxis pDofOnAxis, OrvAsfNode& pBone)
 {
     const OrvVectorTemplate3<double> lMin = pLimits.GetMin();
     const OrvVectorTemplate3<double> lMax = pLimits.GetMax();
@@ -100,10 +98,11 @@ void CopyLimits(const OrvLimits& pLimits, const int pCodes[3], OrvAsfNode& pBone
     pLimits.GetMaxActive(lMaxActive[0], lMaxActive[1], lMaxActive[2]);
     for (int a = 0; a < 3; ++a)
     {
-        pBone.mLimitMin[pCodes[a]] = lMin[a];
-        pBone.mLimitMax[pCodes[a]] = lMax[a];
-        pBone.mLimitMinActive[pCodes[a]] = lMinActive[a];
-        pBone.mLimitMaxActive[pCodes[a]] = lMaxActive[a];
+        const int lCode = pDofOnAxis(a);
+        pBone.mLimitMin[lCode] = lMin[a];
+        pBone.mLimitMax[lCode] = lMax[a];
+        pBone.mLimitMinActive[lCode] = lMinActive[a];
+        pBone.mLimitMaxActive[lCode] = lMaxActive[a];
     }
 }
 
@@ -112,12 +111,12 @@ void TakeDofsAndLimits(OrvNode* pJoint, bool pTranslationDofs, OrvAsfNode& pBone
 {
     int lCount = 0;
     if (pTranslationDofs)
-        for (int lCode : sTranslationCodes) pBone.mDof[lCount++] = lCode;
-    for (int lCode : sRotationCodes) pBone.mDof[lCount++] = lCode;
+        for (int a = 0; a < 3; ++a) pBone.mDof[lCount++] = TranslationDofOnAxis(a);
+    for (int a = 0; a < 3; ++a) pBone.mDof[lCount++] = RotationDofOnAxis(a);
     pBone.mDofCount = lCount;
     OrderBufFromEulerOrder(pBone.mDof, lCount, RotationOrderOf(pJoint));
-    if (pTranslationDofs) CopyLimits(pJoint->GetTranslationLimits(), sTranslationCodes, pBone);
-    CopyLimits(pJoint->GetRotationLimits(), sRotationCodes, pBone);
+    if (pTranslationDofs) CopyLimits(pJoint->GetTranslationLimits(), TranslationDofOnAxis, pBone);
+    CopyLimits(pJoint->GetRotationLimits(), RotationDofOnAxis, pBone);
 }
 
 // Hangs pChild under pParent and copies the parent's final values into it. False, with nothing
@@ -230,7 +229,7 @@ OrvAsfNode* OrvAsfScene::CreateRoot(OrvNode* pNode)
     OrvEuler::EOrder lOrder = RotationOrderOf(pNode);
     if (lOrder < OrvEuler::eOrderXYZ || lOrder > OrvEuler::eOrderZYX) lOrder = OrvEuler::eOrderXYZ;
     OrderBufFromEulerOrder(lRoot->mDof, 6, lOrder);
-    for (int lCode : sTranslationCodes) lRoot->mDof[lCode] = lCode;
+    for (int a = 0; a < 3; ++a) lRoot->mDof[a] = TranslationDofOnAxis(a);
     lRoot->GetCurveNodePointers(pNode);
     return lRoot;
 }

@@ -9,6 +9,7 @@
 #include "orvsdk/host/scene/OrvNode.h"
 #include "orvsdk/host/scene/OrvScene.h"
 #include "orvsdk/host/core/OrvString.h"
+#include "orvsdk/skeleton/OrvAsfDof.h"
 
 namespace orvsdk {
 
@@ -55,8 +56,8 @@ void CreateBoneCurves(OrvAsfNode& pBone, OrvScene* pScene)
     bool lHasRotation = false;
     for (int i = 0; i < pBone.mDofCount; ++i)
     {
-        if (pBone.mDof[i] >= 0 && pBone.mDof[i] <= 2) lHasTranslation = true;
-        if (pBone.mDof[i] >= 3 && pBone.mDof[i] <= 5) lHasRotation = true;
+        if (IsTranslationDof(pBone.mDof[i])) lHasTranslation = true;
+        if (IsRotationDof(pBone.mDof[i])) lHasRotation = true;
     }
     if (lHasTranslation) CreateCurves(pScene, pBone.mName, sTranslationSuffixes, pBone.mTranslationCurve);
     if (lHasRotation) CreateCurves(pScene, pBone.mName, sRotationSuffixes, pBone.mRotationCurve);

@@ -4,37 +4,35 @@
 #include "orvsdk/host/math/OrvAMatrix.h"
 #include "orvsdk/host/scene/OrvLimits.h"
 #include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/skeleton/OrvAsfDof.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"
 
 namespace orvsdk {
 
 namespace {
 
-// DOF codes of the host's X, Y, Z slots for each kind of limit.
-const int sTranslationCodes[3] = {0, 1, 2};
-const int sRotationCodes[3] = {5, 4, 3};
-
-bool AnyLimitActive(const OrvAsfNode& pBone, const int pCodes[3])
+bool AnyLimitActive(const OrvAsfNode& pBone, OrvAsfDofOnAxis pDofOnAxis)
 {
     for (int a = 0; a < 3; ++a)
-        if (pBone.mLimitMinActive[pCodes[a]] || pBone.mLimitMaxActive[pCodes[a]]) return true;
+        if (pBone.mLimitMinActive[pDofOnAxis(a)] || pBone.mLimitMaxActive[pDofOnAxis(a)]) return true;
     return false;
 }
 
-// Copies the bone's limits of three DOF codes into the host limits; an inactive bound goes as 0.
-void ApplyLimits(const OrvAsfNode& pBone, const int pCodes[3], OrvLimits& pLimits)
+// Copies the bone's limits of one kind into the host limits; an inactive bound goes as 0.
+void ApplyLimits(const OrvAsfNode& pBone, OrvAsfDofOnAxis pDofOnAxis, OrvLimits& pLimits)
 {
     const bool* lMinActive = pBone.mLimitMinActive;
     const bool* lMaxActive = pBone.mLimitMaxActive;
+    const int lCodes[3] = {pDofOnAxis(0), pDofOnAxis(1), pDofOnAxis(2)};
     pLimits.SetActive(true);
-    pLimits.SetMinActive(lMinActive[pCodes[0]], lMinActive[pCodes[1]], lMinActive[pCodes[2]]);
-    pLimits.SetMaxActive(lMaxActive[pCodes[0]], lMaxActive[pCodes[1]], lMaxActive[pCodes[2]]);
+    pLimits.SetMinActive(lMinActive[lCodes[0]], lMinActive[lCodes[1]], lMinActive[lCodes[2]]);
+    pLimits.SetMaxActive(lMaxActive[lCodes[0]], lMaxActive[lCodes[1]], lMaxActive[lCodes[2]]);
     OrvVectorTemplate3<double> lMin;
     OrvVectorTemplate3<double> lMax;
     for (int a = 0; a < 3; ++a)
     {
-        lMin[a] = lMinActive[pCodes[a]] ? pBone.mLimitMin[pCodes[a]] : 0.0;
-        lMax[a] = lMaxActive[pCodes[a]] ? pBone.mLimitMax[pCodes[a]] : 0.0;
+        lMin[a] = lMinActive[lCodes[a]] ? pBone.mLimitMin[lCodes[a]] : 0.0;
+        lMax[a] = lMaxActive[lCodes[a]] ? pBone.mLimitMax[lCodes[a]] : 0.0;
     }
     pLimits.SetMin(lMin);
     pLimits.SetMax(lMax);
@@ -60,10 +58,10 @@ void OrvAsfNode::SetDoFs(OrvNode* pNode, bool pUseRotationOffset, bool pUsePreRo
 
 void OrvAsfNode::SetLimits(OrvNode* pNode, bool pUseRotationOffset, bool pUsePreRotation)
 {
-    if (pUseRotationOffset && AnyLimitActive(*this, sTranslationCodes))
-        ApplyLimits(*this, sTranslationCodes, pNode->GetTranslationLimits());
-    if (pUsePreRotation && AnyLimitActive(*this, sRotationCodes))
-        ApplyLimits(*this, sRotationCodes, pNode->GetRotationLimits());
+    if (pUseRotationOffset && AnyLimitActive(*this, TranslationDofOnAxis))
+        ApplyLimits(*this, TranslationDofOnAxis, pNode->GetTranslationLimits());
+    if (pUsePreRotation && AnyLimitActive(*this, RotationDofOnAxis))
+        ApplyLimits(*this, RotationDofOnAxis, pNode->GetRotationLimits());
 }
 
 } // namespace orvsdk

@@ -5,6 +5,7 @@
 #include "orvsdk/host/anim/OrvAnimCurve.h"
 #include "orvsdk/host/anim/OrvAnimCurveKey.h"
 #include "orvsdk/host/math/OrvEuler.h"
+#include "orvsdk/skeleton/OrvAsfDof.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"
 
 namespace orvsdk {
@@ -38,15 +39,15 @@ void OrvAsfNode::AddSampleFromDOF(double* pValues, OrvTime& pTime, double pTrans
     for (int i = 0; i < mDofCount; ++i)
     {
         const int lCode = mDof[i];
-        if (lCode >= 0 && lCode <= 2)
+        if (IsTranslationDof(lCode))
         {
-            lTranslation[lCode] += pTranslationFactor * pValues[i];
+            lTranslation[DofAxis(lCode)] += pTranslationFactor * pValues[i];
         }
-        else if (lCode >= 3 && lCode <= 5)
+        else if (IsRotationDof(lCode))
         {
             // Each later DOF rotates after the earlier ones: it multiplies from the left.
             const double lAngle = pRotationFactor * pValues[i];
-            const int lAxis = 5 - lCode;
+            const int lAxis = DofAxis(lCode);
             lAngleSum[lAxis] += lAngle;
             // Pre-rotation keys are the plain sums: only the decomposition needs the matrix.
             if (!pUsePreRotation) lMotion.PreRotate(lAxis, lAngle);

@@ -5,6 +5,7 @@
 #include "orvsdk/host/core/OrvArray.h"
 #include "orvsdk/host/core/OrvTime.h"
 #include "orvsdk/host/math/OrvVector4.h"
+#include "orvsdk/skeleton/OrvAsfDof.h"
 
 #include <vector>
 
@@ -23,8 +24,8 @@ class OrvScene;
 // pointers never own. The fields are public: the reader, the writer, the set-up and the
 // conversions to and from the host scene all fill and read them directly.
 //
-// Degrees of freedom are held as codes: "tx" 0, "ty" 1, "tz" 2, "rz" 3, "ry" 4, "rx" 5.
-// Limits are indexed by code, not by position in mDof.
+// Degrees of freedom are held as EOrvAsfDof codes: "tx" 0, "ty" 1, "tz" 2, "rz" 3, "ry" 4,
+// "rx" 5. Limits are indexed by code, not by position in mDof.
 //
 // Where the members are defined, by group: creation, memory and tree operations in
 // skeleton/OrvAsfNode.cpp; rest pose in skeleton/OrvAsfBindPose.cpp; simplification in
@@ -37,7 +38,7 @@ class OrvAsfNode
 {
 public:
     static constexpr int kMaxDofs = 7;
-    static constexpr int kDofCodes = 6;
+    static constexpr int kDofCodes = eOrvDofRx + 1;  // size of the tables indexed by DOF code
     static constexpr int kNameSize = 256;
 
     // A new bone with the defaults below, in host memory; null when memory runs out. The caller

@@ -6,12 +6,12 @@
 namespace orvsdk {
 
 // A bone's rotation order is not stored as such: it is the order in which the rotation codes
-// ("rz" 3, "ry" 4, "rx" 5) appear in its degree-of-freedom list, first listed applying first.
-// Translation codes (0 to 2) carry no order and are passed over.
+// (IsRotationDof: rz, ry, rx) appear in its degree-of-freedom list, first listed applying first.
+// Every other code carries no order and is passed over.
 
 // The rotation order implied by the first pCount codes of pBuf. Only the last two rotation codes
 // decide; with a single rotation the order ends with that axis, and without any the result is
-// 0 (X, Y, Z). Codes above 5 count as translations. Reads only; never fails.
+// 0 (X, Y, Z). Reads only; never fails.
 int EulerOrderFromOrderBuf(const int* pBuf, int pCount);
 
 // Writes the three rotation codes of pOrder, in application order, into the entries pCount - 3

@@ -1,3 +1,4 @@
+#include "orvsdk/skeleton/OrvAsfDof.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 #include "tools/orvasf/Commands.h"
@@ -9,7 +10,6 @@ namespace orvasf::tool {
 namespace {
 
 constexpr double kCentimetresPerInch = 2.54;
-constexpr int kFirstRotationCode = 3;  // rz, ry, rx are codes 3 to 5
 
 // The reader holds lengths in centimetres and angles as written, while the writer prints
 // lengths as held beside the file's length unit and calls every angle degrees. This puts each
@@ -19,10 +19,10 @@ void PrepareBoneForWriting(orvsdk::OrvAsfNode& pBone, double pLengthUnit, double
 {
     if (pLengthUnit > 0.0) pBone.mLength = pBone.mLength * pLengthUnit / kCentimetresPerInch;
     for (int i = 0; i < 3; ++i) pBone.mAxis[i] *= pAngleUnit;
-    for (int lCode = kFirstRotationCode; lCode < orvsdk::OrvAsfNode::kDofCodes; ++lCode)
+    for (int lAxis = 0; lAxis < 3; ++lAxis)
     {
-        pBone.mLimitMin[lCode] *= pAngleUnit;
-        pBone.mLimitMax[lCode] *= pAngleUnit;
+        pBone.mLimitMin[orvsdk::RotationDofOnAxis(lAxis)] *= pAngleUnit;
+        pBone.mLimitMax[orvsdk::RotationDofOnAxis(lAxis)] *= pAngleUnit;
     }
     for (int i = 0; i < pBone.mChildren.GetCount(); ++i)
         PrepareBoneForWriting(*pBone.mChildren[i], pLengthUnit, pAngleUnit);

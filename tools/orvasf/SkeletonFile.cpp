@@ -1,6 +1,7 @@
 #include "tools/orvasf/SkeletonFile.h"
 
 #include "orvsdk/asf/OrvFileAcclaimAsf.h"
+#include "orvsdk/skeleton/OrvAsfDof.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 #include "driver/OrvImportDriver.h"
@@ -45,7 +46,7 @@ int CountDofs(const orvsdk::OrvAsfNode* pBone)
 
 const char* DofName(int pCode)
 {
-    return pCode >= 0 && pCode < orvsdk::OrvAsfNode::kDofCodes ? orvsdk::OrvFileAcclaimAsf::smDof[pCode].keyword : "?";
+    return orvsdk::IsStoredDof(pCode) ? orvsdk::OrvFileAcclaimAsf::smDof[pCode].keyword : "?";
 }
 
 } // namespace orvasf::tool

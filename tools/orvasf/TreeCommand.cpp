@@ -1,3 +1,4 @@
+#include "orvsdk/skeleton/OrvAsfDof.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 #include "tools/orvasf/Commands.h"
@@ -34,7 +35,7 @@ std::string LimitText(const orvsdk::OrvAsfNode& pBone)
     for (int i = 0; i < pBone.mDofCount; ++i)
     {
         const int lCode = pBone.mDof[i];
-        if (lCode < 0 || lCode >= orvsdk::OrvAsfNode::kDofCodes) continue;
+        if (!orvsdk::IsStoredDof(lCode)) continue;
         if (!pBone.mLimitMinActive[lCode] && !pBone.mLimitMaxActive[lCode]) continue;
         lText += std::string(lText.empty() ? "  limits " : " ") + DofName(lCode) + " (" +
                  Bound(pBone.mLimitMinActive[lCode], pBone.mLimitMin[lCode], "-inf") + " " +

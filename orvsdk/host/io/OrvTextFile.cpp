@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -78,13 +79,28 @@ const char* SkipPlus(const char* pBegin, const char* pEnd)
     return pBegin;
 }
 
-// The whole of [pBegin, pEnd) as a finite or infinite double; NaN and out-of-range values fail.
-bool ParseDouble(const char* pBegin, const char* pEnd, double& pValue)
+// The infinity of pToken's sign when the number it spells lies beyond the finite range; false
+// when it is too small to represent. from_chars reports both as out of range; strtod tells them
+// apart, returning an infinite HUGE_VAL only on overflow. pToken must end with a NUL.
+bool ParseOverflow(const char* pToken, double& pValue)
+{
+    CLocaleScope lLocale;
+    const double lValue = std::strtod(pToken, nullptr);
+    if (!std::isinf(lValue)) return false;
+    pValue = lValue;
+    return true;
+}
+
+// The whole of [pBegin, pEnd) (NUL-terminated) as a finite or infinite double; NaN fails, and
+// so do out-of-range values unless pOverflowToInfinity lets an overflow read as an infinity.
+bool ParseDouble(const char* pBegin, const char* pEnd, bool pOverflowToInfinity, double& pValue)
 {
     double lValue = 0.0;
     const char* lBegin = SkipPlus(pBegin, pEnd);
     const std::from_chars_result lResult = std::from_chars(lBegin, pEnd, lValue);
-    if (lResult.ec != std::errc() || lResult.ptr != pEnd || std::isnan(lValue)) return false;
+    if (lResult.ptr != pEnd) return false;
+    if (lResult.ec == std::errc::result_out_of_range && pOverflowToInfinity) return ParseOverflow(lBegin, pValue);
+    if (lResult.ec != std::errc() || std::isnan(lValue)) return false;
     pValue = lValue;
     return true;
 }
@@ -501,21 +517,26 @@ bool OrvTextFile::GetInteger(int& pValue)
 
 bool OrvTextFile::GetDouble(double& pValue, double pScale)
 {
-    return ReadNumbers(&pValue, 1, pScale);
+    return ReadNumbers(&pValue, 1, pScale, false);
 }
 
 bool OrvTextFile::GetVector(double* pValues, double pScale)
 {
-    return ReadNumbers(pValues, 3, pScale);
+    return ReadNumbers(pValues, 3, pScale, false);
 }
 
 bool OrvTextFile::GetPair(double* pValues, double pScale)
 {
-    return ReadNumbers(pValues, 2, pScale);
+    return ReadNumbers(pValues, 2, pScale, false);
+}
+
+bool OrvTextFile::GetPairOverflowToInfinity(double* pValues, double pScale)
+{
+    return ReadNumbers(pValues, 2, pScale, true);
 }
 
 // Reads pCount numbers from the current token on; stores and consumes them only when all read.
-bool OrvTextFile::ReadNumbers(double* pValues, int pCount, double pScale)
+bool OrvTextFile::ReadNumbers(double* pValues, int pCount, double pScale, bool pOverflowToInfinity)
 {
     double lValues[3];
     char* lToken = mCurrentToken;
@@ -523,7 +544,7 @@ bool OrvTextFile::ReadNumbers(double* pValues, int pCount, double pScale)
     for (int i = 0; i < pCount; ++i)
     {
         if (i > 0) lToken = TokenAfter(lEnd, lEnd);
-        if (*lToken == '\0' || !ParseDouble(lToken, lEnd, lValues[i])) return false;
+        if (*lToken == '\0' || !ParseDouble(lToken, lEnd, pOverflowToInfinity, lValues[i])) return false;
     }
     for (int i = 0; i < pCount; ++i) pValues[i] = lValues[i] * pScale;
     mCurrentToken = TokenAfter(lEnd, mTokenEnd);

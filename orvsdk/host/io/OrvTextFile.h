@@ -101,6 +101,10 @@ public:
     bool GetInteger(int& pValue);
     bool GetVector(double* pValues, double pScale);  // three numbers
     bool GetPair(double* pValues, double pScale);    // two numbers
+    // Two numbers like GetPair, except that one beyond the finite range (such as 1e400 or
+    // -1e309) reads as the infinity of its sign instead of failing; one too small to represent
+    // (such as 1e-400) still fails.
+    bool GetPairOverflowToInfinity(double* pValues, double pScale);
 
     // Writes 2 * pLevel spaces, then the printf-formatted text (C locale). Returns false once any
     // write has failed; the failure also makes Close return false.
@@ -141,7 +145,7 @@ private:
     char* FindToken(char* pFrom, char*& pEnd);
     char* TokenAfter(char* pEnd, char*& pNewEnd);
     void ConsumeToken();
-    bool ReadNumbers(double* pValues, int pCount, double pScale);
+    bool ReadNumbers(double* pValues, int pCount, double pScale, bool pOverflowToInfinity);
     TableCounters* FindCounters(const TextToken* pTable);
     const TableCounters* FindCounters(const TextToken* pTable) const;
     bool FinishOutput();
