@@ -1,0 +1,13 @@
+#!/usr/bin/env bash
+# Builds the coverage preset, runs the tests and prints the line coverage of the library code
+# (orvsdk/, amc/, bvh/): the summary line and a per-file table.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+find build/coverage -name '*.gcda' -delete 2>/dev/null || true
+cmake --preset coverage >/dev/null
+cmake --build --preset coverage
+ctest --preset coverage >/dev/null
+gcovr --root . --object-directory build/coverage \
+  --filter 'orvsdk/' --filter 'amc/' --filter 'bvh/' \
+  --exclude 'tests/' --exclude 'tools/' --exclude 'bench/' --exclude 'fuzz/' \
+  --txt --print-summary
