@@ -7,6 +7,8 @@ packages=(cmake g++ make libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev
           clang libclang-rt-14-dev llvm python3)
 # /usr/bin/time measures peak memory in bench/scaling.sh.
 packages+=(time)
+# gcovr reports line coverage in scripts/coverage.sh.
+packages+=(gcovr)
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

@@ -162,28 +162,13 @@ TEST(AsfDofCodes, NamedCodesAndHelpersAgreeWithTheKeywordTable)
     for (int lOutside : {-1, lCode}) EXPECT_FALSE(IsStoredDof(lOutside)) << lOutside;
 }
 
-TEST(AsfRotationOrder, TheLastTwoRotationsDecide)
+TEST(AsfRotationOrder, TheLastTwoRotationsDecideAndFewerEndWithTheLastListedAxis)
 {
-    EXPECT_EQ(OrderOf({TX, TY, TZ, RX, RY, RZ}), 0);
-    EXPECT_EQ(OrderOf({RX, RZ, RY}), 1);
-    EXPECT_EQ(OrderOf({RY, RZ, RX}), 2);
-    EXPECT_EQ(OrderOf({RY, RX, RZ}), 3);
-    EXPECT_EQ(OrderOf({RZ, RX, RY}), 4);
-    EXPECT_EQ(OrderOf({RZ, RY, RX}), 5);
-    EXPECT_EQ(OrderOf({RZ, RX, RY, RZ}), 0);
-    EXPECT_EQ(OrderOf({RX, TY, RZ}), 3);  // translations between rotations are skipped
-}
-
-TEST(AsfRotationOrder, FewerOrRepeatedRotationsEndWithTheLastListedAxis)
-{
-    EXPECT_EQ(OrderOf({}), 0);
-    EXPECT_EQ(OrderOf({TX, TY, TZ}), 0);
-    EXPECT_EQ(OrderOf({RX}), 5);
-    EXPECT_EQ(OrderOf({RY, TX}), 4);
-    EXPECT_EQ(OrderOf({RZ}), 0);
-    EXPECT_EQ(OrderOf({RX, RX}), 5);
-    EXPECT_EQ(OrderOf({RY, RY}), 4);
-    EXPECT_EQ(OrderOf({RZ, RZ}), 0);
+    const std::pair<std::vector<int>, int> lCases[] = {
+        {{TX, TY, TZ, RX, RY, RZ}, 0}, {{RX, RZ, RY}, 1}, {{RY, RZ, RX}, 2}, {{RY, RX, RZ}, 3}, {{RZ, RX, RY}, 4},
+        {{RZ, RY, RX}, 5}, {{RZ, RX, RY, RZ}, 0}, {{RX, TY, RZ}, 3},  // translations between rotations are skipped
+        {{}, 0}, {{TX, TY, TZ}, 0}, {{RX}, 5}, {{RY, TX}, 4}, {{RZ}, 0}, {{RX, RX}, 5}, {{RY, RY}, 4}, {{RZ, RZ}, 0}};
+    for (const auto& [lCodes, lOrder] : lCases) EXPECT_EQ(OrderOf(lCodes), lOrder) << ::testing::PrintToString(lCodes);
 }
 
 TEST(AsfRotationOrder, WritingAnOrderAndReadingItBackAgree)

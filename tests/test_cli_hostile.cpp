@@ -4,7 +4,6 @@
 #include "support/ToolRunner.h"
 
 #include <signal.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <chrono>
@@ -16,17 +15,8 @@ using namespace tool_support;
 
 constexpr int kRefused = 1;
 constexpr int kNotWritten = 3;
+constexpr int kAnyLine = -1;
 const std::string kPreviousOutput = "previous output, must survive\n";
-
-// The sample skeleton cut right before each of its section keywords after the first.
-std::vector<std::string> SkeletonCutAtEverySection()
-{
-    const std::string lText = ReadFile(kSampleAsf);
-    std::vector<std::string> lCuts;
-    for (size_t lAt = lText.find("\n:"); lAt != std::string::npos; lAt = lText.find("\n:", lAt + 1))
-        lCuts.push_back(lText.substr(0, lAt + 1));
-    return lCuts;
-}
 
 // pText (ASCII) as UTF-16 with its byte order mark.
 std::string ToUtf16(const std::string& pText, bool pBigEndian)
@@ -38,20 +28,6 @@ std::string ToUtf16(const std::string& pText, bool pBigEndian)
         lWide += pBigEndian ? lChar : '\0';
     }
     return lWide;
-}
-
-// A text with a NUL byte put inside one of its lines, and the 1-based number of that line.
-struct TextWithNul
-{
-    std::string mText;
-    int mLine;
-};
-
-// pText with a NUL byte inserted at byte pAt, which lies inside a line.
-TextWithNul WithNulAt(const std::string& pText, size_t pAt)
-{
-    const int lLine = 1 + static_cast<int>(std::count(pText.begin(), pText.begin() + static_cast<long>(pAt), '\n'));
-    return {pText.substr(0, pAt) + '\0' + pText.substr(pAt), lLine};
 }
 
 std::string Garbage(size_t pSize)
@@ -73,144 +49,129 @@ std::string Replace(std::string pText, const std::string& pFrom, const std::stri
     return pText;
 }
 
+// A broken input file: its text, the 1-based line the error names (0 none, kAnyLine some line)
+// and the message ("" for any).
+struct BrokenFile
+{
+    std::string mCase;
+    std::string mText;
+    int mLine = kAnyLine;
+    std::string mMessage = "";
+};
+
+// pText with a NUL byte inserted at byte pAt, which lies inside a line.
+BrokenFile WithNulAt(const std::string& pCase, const std::string& pText, size_t pAt)
+{
+    const int lLine = 1 + static_cast<int>(std::count(pText.begin(), pText.begin() + static_cast<long>(pAt), '\n'));
+    return {pCase, pText.substr(0, pAt) + '\0' + pText.substr(pAt), lLine, "NUL byte in line"};
+}
+
+const char* const kUtf16 = "File is UTF-16 text; save it as ASCII or UTF-8";
+
+std::vector<BrokenFile> BrokenSkeletons()
+{
+    const std::string lSample = ReadFile(kSampleAsf);
+    std::vector<BrokenFile> lFiles = {
+        {"empty file", ""},
+        {"binary garbage", Garbage(4000)},
+        {"bone block without a length", Replace(lSample, "    length 7.1\n", "")},
+        WithNulAt("NUL in a value", lSample, lSample.find("length 0.45") + 8),
+        WithNulAt("NUL in the first comment", lSample, 3),
+        WithNulAt("NUL in the last line", lSample, lSample.rfind("end")),
+        {"UTF-16", ToUtf16(lSample, false), 1, kUtf16},
+    };
+    // Cut right before each section keyword after the first.
+    for (size_t lAt = lSample.find("\n:"); lAt != std::string::npos; lAt = lSample.find("\n:", lAt + 1))
+        lFiles.push_back({"cut after " + std::to_string(lAt + 1) + " bytes", lSample.substr(0, lAt + 1)});
+    return lFiles;
+}
+
+std::vector<BrokenFile> BrokenMotions()
+{
+    const std::string lSample = ReadFile(kSampleAmc);
+    return {
+        {"binary garbage", Garbage(4000)},
+        {"frame numbers going back", Replace(lSample, "\n3\n", "\n1\n")},
+        {"frame number repeated", Replace(lSample, "\n3\n", "\n2\n")},
+        {"three values for a bone of one DOF", Replace(lSample, "ltibia 5\n", "ltibia 5 0 0\n")},
+        {"value that is not a number", Replace(lSample, "ltibia 5\n", "ltibia five\n")},
+        WithNulAt("NUL in a bone line", lSample, lSample.find("ltibia 5") + 7),
+        {"UTF-16", ToUtf16(lSample, true), 1, kUtf16},
+        {"empty motion file", "", 0, "No frames in the file"},
+        {"header lines only", "# nothing yet\n:FULLY-SPECIFIED\n:DEGREES\n", 3, "No frames in the file"},
+    };
+}
+
 class HostileInputTest : public ToolTest
 {
 protected:
     void SetUp() override
     {
         ToolTest::SetUp();
-        ResetOutput();
+        WriteFile(WorkPath("out.json"), kPreviousOutput);
     }
 
-    void ResetOutput() const { WriteFile(WorkPath("out.json"), kPreviousOutput); }
-
-    // Imports the sample skeleton with pMotion into the existing out.json.
-    ToolRun ImportMotion(const std::string& pMotion)
+    // Imports into the existing out.json: pSkeleton, or the sample skeleton with pMotion.
+    ToolRun Import(const std::string& pSkeleton, const std::string& pMotion = "")
     {
-        ResetOutput();
-        WriteFile(WorkPath("in.amc"), pMotion);
-        return Run("import " + Quoted(kSampleAsf) + " --motion " + Work("in.amc") + " -o " + Work("out.json"));
+        if (pMotion.empty()) return Run("import " + pSkeleton + " -o " + Work("out.json"));
+        return Run("import " + pSkeleton + " --motion " + pMotion + " -o " + Work("out.json"));
     }
 
-    // Imports pSkeleton into the existing out.json.
-    ToolRun ImportSkeleton(const std::string& pSkeleton)
+    ToolRun ImportFile(const std::string& pName, const std::string& pText)
     {
-        ResetOutput();
-        WriteFile(WorkPath("in.asf"), pSkeleton);
-        return Run("import " + Work("in.asf") + " -o " + Work("out.json"));
+        WriteFile(WorkPath(pName), pText);
+        const bool lMotion = pName.find(".amc") != std::string::npos;
+        return lMotion ? Import(Quoted(kSampleAsf), Work(pName)) : Import(Work(pName));
     }
 
-    // The run was refused with a message naming pFile (and a line when pWithLine), and left the
-    // output and the folder as they were.
-    void ExpectRefused(const ToolRun& pRun, const std::string& pFile, bool pWithLine, const std::string& pCase)
+    // The run was refused with an error naming pWhere (then the line pLine unless kAnyLine, and
+    // the message pMessage unless empty), and left the output and the folder as they were.
+    void ExpectRefused(const ToolRun& pRun, const std::string& pWhere, int pLine, const std::string& pMessage,
+                       const std::string& pCase)
     {
-        EXPECT_EQ(pRun.mStatus, kRefused) << pCase << "\n" << pRun.mErr;
-        const std::string lPrefix = WorkPath(pFile).string() + (pWithLine ? ":" : "");
-        EXPECT_NE(pRun.mErr.find(lPrefix), std::string::npos) << pCase << "\n" << pRun.mErr;
-        EXPECT_NE(pRun.mErr.find("error: "), std::string::npos) << pCase << "\n" << pRun.mErr;
-        ExpectOutputUntouched(pCase);
+        SCOPED_TRACE(pCase + "\n" + pRun.mErr);
+        EXPECT_EQ(pRun.mStatus, kRefused);
+        const std::string lWhere = pWhere + (pLine > 0 ? ":" + std::to_string(pLine) : "");
+        if (pMessage.empty())
+        {
+            EXPECT_NE(pRun.mErr.find(lWhere + (pLine == kAnyLine ? ":" : ": error: ")), std::string::npos);
+            EXPECT_NE(pRun.mErr.find("error: " + pMessage), std::string::npos);
+        }
+        else
+        {
+            const std::vector<std::string> lErr = Lines(pRun.mErr);
+            EXPECT_NE(std::find(lErr.begin(), lErr.end(), lWhere + ": error: " + pMessage), lErr.end());
+        }
+        ExpectOutputUntouched();
     }
 
-    // The run was refused with exactly the error line pMessage on standard error (a FILE:LINE:
-    // prefix, or FILE: when pLine is 0), and left the output and the folder as they were.
-    void ExpectRefusedWith(const ToolRun& pRun, const std::string& pFile, int pLine, const std::string& pMessage,
-                           const std::string& pCase)
+    void ExpectOutputUntouched()
     {
-        EXPECT_EQ(pRun.mStatus, kRefused) << pCase << "\n" << pRun.mErr;
-        const std::string lWhere = WorkPath(pFile).string() + (pLine > 0 ? ":" + std::to_string(pLine) : "");
-        const std::vector<std::string> lErr = Lines(pRun.mErr);
-        EXPECT_NE(std::find(lErr.begin(), lErr.end(), lWhere + ": error: " + pMessage), lErr.end())
-            << pCase << "\n" << pRun.mErr;
-        ExpectOutputUntouched(pCase);
-    }
-
-    void ExpectOutputUntouched(const std::string& pCase)
-    {
-        EXPECT_EQ(ReadFile(WorkPath("out.json")), kPreviousOutput) << pCase;
-        for (const std::string& lName : WorkFolderEntries())
-            EXPECT_EQ(lName.find(".tmp"), std::string::npos) << pCase << ": left " << lName;
+        EXPECT_EQ(ReadFile(WorkPath("out.json")), kPreviousOutput);
+        for (const std::string& lName : WorkFolderEntries()) EXPECT_EQ(lName.find(".tmp"), std::string::npos) << lName;
     }
 };
 
-TEST_F(HostileInputTest, BrokenSkeletonsAreRefusedWithFileAndLine)
+TEST_F(HostileInputTest, BrokenInputFilesAreRefusedWithFileAndLine)
 {
-    const std::string lSample = ReadFile(kSampleAsf);
-    const std::vector<std::pair<std::string, std::string>> lCases = {
-        {"empty file", ""},
-        {"binary garbage", Garbage(4000)},
-        {"bone block without a length", Replace(lSample, "    length 7.1\n", "")},
-    };
-    for (const auto& [lCase, lText] : lCases) ExpectRefused(ImportSkeleton(lText), "in.asf", true, lCase);
-}
-
-TEST_F(HostileInputTest, NulBytesAndUtf16AreRefusedAtTheirLine)
-{
-    const std::string kNul = "NUL byte in line";
-    const std::string kUtf16 = "File is UTF-16 text; save it as ASCII or UTF-8";
-    const std::string lSkeleton = ReadFile(kSampleAsf);
-    // In a value, in the first comment, and in the last line (the hierarchy's "end").
-    for (const size_t lAt : {lSkeleton.find("length 0.45") + 8, size_t{3}, lSkeleton.rfind("end")})
-    {
-        const TextWithNul lBroken = WithNulAt(lSkeleton, lAt);
-        ExpectRefusedWith(ImportSkeleton(lBroken.mText), "in.asf", lBroken.mLine, kNul, "NUL at " + std::to_string(lAt));
-    }
-    ExpectRefusedWith(ImportSkeleton(ToUtf16(lSkeleton, false)), "in.asf", 1, kUtf16, "UTF-16 skeleton");
-
-    const std::string lMotion = ReadFile(kSampleAmc);
-    const TextWithNul lBrokenMotion = WithNulAt(lMotion, lMotion.find("ltibia 5") + 7);
-    ExpectRefusedWith(ImportMotion(lBrokenMotion.mText), "in.amc", lBrokenMotion.mLine, kNul, "NUL in a bone line");
-    ExpectRefusedWith(ImportMotion(ToUtf16(lMotion, true)), "in.amc", 1, kUtf16, "UTF-16 motion");
-}
-
-TEST_F(HostileInputTest, MotionWithoutFramesIsRefused)
-{
-    ExpectRefusedWith(ImportMotion(""), "in.amc", 0, "No frames in the file", "empty motion file");
-    ExpectRefusedWith(ImportMotion("# nothing yet\n:FULLY-SPECIFIED\n:DEGREES\n"), "in.amc", 3,
-                      "No frames in the file", "header lines only");
-}
-
-TEST_F(HostileInputTest, SkeletonCutAtAnySectionBoundaryIsRefused)
-{
-    for (const std::string& lCut : SkeletonCutAtEverySection())
-        ExpectRefused(ImportSkeleton(lCut), "in.asf", true, "cut after " + std::to_string(lCut.size()) + " bytes");
+    for (const auto& [lName, lFiles] : {std::make_pair("in.asf", BrokenSkeletons()), std::make_pair("in.amc", BrokenMotions())})
+        for (const BrokenFile& lFile : lFiles)
+            ExpectRefused(ImportFile(lName, lFile.mText), WorkPath(lName).string(), lFile.mLine, lFile.mMessage,
+                          lName + std::string(": ") + lFile.mCase);
 }
 
 TEST_F(HostileInputTest, SkeletonThatIsNoReadableFileIsRefused)
 {
     std::filesystem::create_directory(WorkPath("folder.asf"));
-    const ToolRun lFolder = Run("import " + Work("folder.asf") + " -o " + Work("out.json"));
-    ExpectRefused(lFolder, "folder.asf", false, "directory");
-
-    const ToolRun lMissing = Run("import " + Work("missing.asf") + " -o " + Work("out.json"));
-    ExpectRefused(lMissing, "missing.asf", false, "missing file");
-
+    ExpectRefused(Import(Work("folder.asf")), WorkPath("folder.asf").string(), 0, "", "directory");
+    ExpectRefused(Import(Work("missing.asf")), WorkPath("missing.asf").string(), 0, "", "missing file");
     // Root reads past permissions; the memory file of a process opens but every read from its
     // start fails, so it stands in for an unreadable file there.
-    if (::geteuid() == 0)
-    {
-        const ToolRun lUnreadable = Run("import /proc/self/mem -o " + Work("out.json"));
-        EXPECT_EQ(lUnreadable.mStatus, kRefused) << lUnreadable.mErr;
-        EXPECT_NE(lUnreadable.mErr.find("/proc/self/mem: error: "), std::string::npos) << lUnreadable.mErr;
-        ExpectOutputUntouched("unreadable file");
-        return;
-    }
+    if (::geteuid() == 0) return ExpectRefused(Import("/proc/self/mem"), "/proc/self/mem", 0, "", "unreadable file");
     WriteFile(WorkPath("locked.asf"), ReadFile(kSampleAsf));
     std::filesystem::permissions(WorkPath("locked.asf"), std::filesystem::perms::none);
-    const ToolRun lLocked = Run("import " + Work("locked.asf") + " -o " + Work("out.json"));
-    ExpectRefused(lLocked, "locked.asf", false, "unreadable file");
-}
-
-TEST_F(HostileInputTest, BrokenMotionsAreRefusedWithFileAndLine)
-{
-    const std::string lSample = ReadFile(kSampleAmc);
-    const std::vector<std::pair<std::string, std::string>> lCases = {
-        {"binary garbage", Garbage(4000)},
-        {"frame numbers going back", Replace(lSample, "\n3\n", "\n1\n")},
-        {"frame number repeated", Replace(lSample, "\n3\n", "\n2\n")},
-        {"three values for a bone of one DOF", Replace(lSample, "ltibia 5\n", "ltibia 5 0 0\n")},
-        {"value that is not a number", Replace(lSample, "ltibia 5\n", "ltibia five\n")},
-    };
-    for (const auto& [lCase, lText] : lCases) ExpectRefused(ImportMotion(lText), "in.amc", true, lCase);
+    ExpectRefused(Import(Work("locked.asf")), WorkPath("locked.asf").string(), 0, "", "unreadable file");
 }
 
 TEST_F(HostileInputTest, MotionForALargerSkeletonWarnsAboutEachMissingBone)
@@ -220,7 +181,7 @@ TEST_F(HostileInputTest, MotionForALargerSkeletonWarnsAboutEachMissingBone)
     for (size_t lAt = lMotion.find("\nhead "); lAt != std::string::npos;
          lAt = lMotion.find("\nhead ", lAt + 1 + lExtraBone.size()))
         lMotion.insert(lAt + 1, lExtraBone);
-    const ToolRun lRun = ImportMotion(lMotion);
+    const ToolRun lRun = ImportFile("in.amc", lMotion);
     EXPECT_EQ(lRun.mStatus, 0) << lRun.mErr;
     EXPECT_NE(lRun.mErr.find(WorkPath("in.amc").string() + ":"), std::string::npos) << lRun.mErr;
     EXPECT_NE(lRun.mErr.find("warning: Unknown bone (lthumb)"), std::string::npos) << lRun.mErr;
@@ -231,7 +192,7 @@ TEST_F(HostileInputTest, OutputThatCannotBeWrittenLeavesNothingBehind)
     const ToolRun lMissingFolder = Run("format " + Quoted(kSampleAsf) + " -o " + Work("no/such/folder/out.asf"));
     EXPECT_EQ(lMissingFolder.mStatus, kNotWritten) << lMissingFolder.mErr;
     EXPECT_NE(lMissingFolder.mErr.find("no/such/folder/out.asf"), std::string::npos) << lMissingFolder.mErr;
-    ExpectOutputUntouched("missing folder");
+    ExpectOutputUntouched();
 
     // Root writes into read-only folders; /proc takes no new files from anyone.
     if (::geteuid() == 0)
@@ -255,21 +216,15 @@ std::string LongMotion(int pRepeats)
 {
     const std::string lSample = ReadFile(kSampleAmc);
     const size_t lFirstFrame = lSample.find("\n1\n") + 1;
-    const std::string lHeader = lSample.substr(0, lFirstFrame);
     std::vector<std::string> lFrames;
-    std::string lFrame;
     for (const std::string& lLine : Lines(lSample.substr(lFirstFrame)))
     {
         if (!lLine.empty() && std::isdigit(static_cast<unsigned char>(lLine[0])))
-        {
-            if (!lFrame.empty()) lFrames.push_back(lFrame);
-            lFrame.clear();
-            continue;
-        }
-        lFrame += lLine + "\n";
+            lFrames.emplace_back();
+        else
+            lFrames.back() += lLine + "\n";
     }
-    lFrames.push_back(lFrame);
-    std::string lText = lHeader;
+    std::string lText = lSample.substr(0, lFirstFrame);
     int lNumber = 1;
     for (int r = 0; r < pRepeats; ++r)
         for (const std::string& lBody : lFrames) lText += std::to_string(lNumber++) + "\n" + lBody;
