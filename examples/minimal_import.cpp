@@ -35,8 +35,7 @@ int ImportAndPrint(OrvScene* pScene, const char* pAsfPath, const char* pAmcPath)
     lSettings.mUseRotationOffset = lRotationOffset;
     lSettings.mUsePreRotation = lPreRotation;
     const orvasf::OrvAmcReadResult lMotion = lReader.Read(pAmcPath, lSkeleton, lSettings);
-    for (const orvasf::OrvAmcMessage& lMessage : lMotion.mMessages)
-        std::fprintf(stderr, "%s\n", lReader.FormatMessage(lMessage).c_str());
+    for (const OrvMessage& lMessage : lMotion.mMessages) std::fprintf(stderr, "%s\n", OrvFormatMessage(lMessage).c_str());
     if (!lMotion.mSucceeded) return 1;
 
     OrvNode* lRoot = lSkeleton.ASFToORV(pScene, "Take 001", false, lRotationOffset, lPreRotation);

@@ -66,7 +66,7 @@ struct WalkerImport
         mScene->GetRootNode()->AddChild(mRoot);
     }
 
-    ScenePointer mScene = CreateHostScene("Take");  // outlives the bones, which may own curves
+    OrvScenePtr mScene = CreateHostScene("Take");  // outlives the bones, which may own curves
     OrvAsfScene mAsf;
     orvasf::OrvAmcReader mReader;
     orvasf::OrvAmcReadResult mResult;
@@ -182,8 +182,7 @@ protected:
     void ExpectLikePlain(const std::string& pText, double pTolerance = 0.0)
     {
         const WalkerImport lVariant(pText);
-        for (const orvasf::OrvAmcMessage& lMessage : lVariant.mResult.mMessages)
-            ADD_FAILURE() << lVariant.mReader.FormatMessage(lMessage);
+        for (const OrvMessage& lMessage : lVariant.mResult.mMessages) ADD_FAILURE() << OrvFormatMessage(lMessage);
         ExpectSamePositions(*mPlain, lVariant, pTolerance);
     }
 
@@ -340,11 +339,11 @@ TEST_F(AmcReaderVariants, FrameNumbersThatDoNotRiseAreRefusedWithTheirLine)
         const WalkerImport lRead(JoinLines(lLines));
         EXPECT_FALSE(lRead.mResult.mSucceeded);
         ASSERT_FALSE(lRead.mResult.mMessages.empty());
-        const orvasf::OrvAmcMessage& lError = lRead.mResult.mMessages.back();
-        EXPECT_EQ(lError.mKind, orvasf::OrvAmcMessage::eError);
+        const OrvMessage& lError = lRead.mResult.mMessages.back();
+        EXPECT_EQ(lError.mKind, OrvMessage::eError);
         EXPECT_EQ(lError.mLine, static_cast<int>(lThird) + 1);
         EXPECT_EQ(lError.mText, std::string("Frame number ") + lNumber + " does not follow frame 2");
-        EXPECT_EQ(lRead.mReader.FormatMessage(lError),
+        EXPECT_EQ(OrvFormatMessage(lError),
                   "walk.amc:" + std::to_string(lThird + 1) + ": error: Frame number " + lNumber +
                       " does not follow frame 2");
     }
@@ -371,7 +370,7 @@ TEST_F(AmcReaderVariants, ValidationModeChecksLikeARunAndSamplesNothing)
 
 TEST_F(AmcReaderVariants, ValidationModeLeavesExistingCurvesUntouched)
 {
-    ScenePointer lScene = CreateHostScene("Take");
+    OrvScenePtr lScene = CreateHostScene("Take");
     OrvFileAcclaimAsf lFile(false);
     OrvAsfScene lAsf;
     ASSERT_TRUE(lFile.Open(ExamplePath("walker.asf").c_str()));
@@ -395,7 +394,7 @@ namespace {
 std::string FinalError(const WalkerImport& pRead)
 {
     if (pRead.mResult.mSucceeded || pRead.mResult.mMessages.empty()) return "no error";
-    const orvasf::OrvAmcMessage& lLast = pRead.mResult.mMessages.back();
+    const OrvMessage& lLast = pRead.mResult.mMessages.back();
     return std::to_string(lLast.mLine) + ": " + lLast.mText;
 }
 
@@ -438,7 +437,7 @@ TEST(AmcReaderHostile, UnknownBoneNamesAreRememberedUpToTheLimit)
         return lText;
     };
     const size_t lLimit = orvasf::OrvAmcReader::kMaxUnknownBones;
-    ASSERT_EQ(lLimit, static_cast<size_t>(orvasf::OrvAmcReader::kMaxKeptWarnings));
+    ASSERT_EQ(lLimit, static_cast<size_t>(OrvDiagnostics::kMaxKeptWarnings));
     const WalkerImport lAtLimit(lMotion(lLimit));
     ASSERT_TRUE(lAtLimit.mResult.mSucceeded);
     EXPECT_EQ(lAtLimit.mResult.mWarningCount, static_cast<int>(lLimit));

@@ -164,7 +164,7 @@ TEST(HostTextFile, NulByteRefusesItsLineAndEndsTheWalk)
         EXPECT_FALSE(lFile.NextLine());
         EXPECT_EQ(lFile.GetLineNumber(), 2);
         ASSERT_EQ(lFile.GetMessages().size(), 1u);
-        EXPECT_EQ(lFile.FormatMessage(lFile.GetMessages()[0]), "walk.asf:2: error: NUL byte in line");
+        EXPECT_EQ(OrvFormatMessage(lFile.GetMessages()[0]), "walk.asf:2: error: NUL byte in line");
     }
 }
 
@@ -367,12 +367,12 @@ TEST(HostTextFile, MessagesCarryKindLineAndFile)
     while (lFile.GetLineNumber() < 12) lFile.NextLine();
     lFile.Error("Unknown rotation order\n");
     ASSERT_EQ(lFile.GetMessages().size(), 2u);
-    const OrvTextFileMessage& lError = lFile.GetMessages()[1];
-    EXPECT_EQ(lError.mKind, OrvTextFileMessage::eError);
+    const OrvMessage& lError = lFile.GetMessages()[1];
+    EXPECT_EQ(lError.mKind, OrvMessage::eError);
     EXPECT_EQ(lError.mLine, 12);
-    EXPECT_EQ(lFile.FormatMessage(lError), "walk.asf:12: error: Unknown rotation order");
-    EXPECT_EQ(lFile.FormatMessage(lFile.GetMessages()[0]), "walk.asf:1: warning: Before anything");
-    EXPECT_EQ(lFile.FormatMessage(OrvTextFileMessage{OrvTextFileMessage::eWarning, 0, "x"}), "walk.asf: warning: x");
+    EXPECT_EQ(OrvFormatMessage(lError), "walk.asf:12: error: Unknown rotation order");
+    EXPECT_EQ(OrvFormatMessage(lFile.GetMessages()[0]), "walk.asf:1: warning: Before anything");
+    EXPECT_EQ(OrvFormatMessage(OrvMessage{OrvMessage::eWarning, "walk.asf", 0, "x"}), "walk.asf: warning: x");
     EXPECT_EQ(lFile.GetErrorCount(), 1);
     EXPECT_EQ(lFile.GetWarningCount(), 1);
 }

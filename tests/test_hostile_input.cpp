@@ -188,7 +188,7 @@ TEST_F(HostileSkeleton, ChainAtTheDepthLimitImportsIntoHostNodes)
 {
     // The import path walks the tree recursively; the depth limit keeps it well within the stack.
     ASSERT_TRUE(Read(ChainSkeleton(kLimit)));
-    hosttest::ScenePointer lHost = hosttest::CreateHostScene("Take");
+    OrvScenePtr lHost = hosttest::CreateHostScene("Take");
     mScene.mRoot->CreateDataFromDOF(lHost.get());
     const std::string lMotion = "1\nb1 10\nb1000 20\n2\nb1 30\nb1000 40\n";
     orvasf::OrvAmcReader lReader;
@@ -254,7 +254,7 @@ TEST(HostileTree, WalksSurviveAHundredThousandBoneChain)
     // Through a host scene and back: curves, a sampling run of two frames, the node hierarchy, a
     // merge onto it, the skeleton taken from it and bound to it again, the scene's teardown.
     {
-        hosttest::ScenePointer lHost = hosttest::CreateHostScene("Take");
+        OrvScenePtr lHost = hosttest::CreateHostScene("Take");
         lScene.mRoot->CreateDataFromDOF(lHost.get());
         lScene.mRoot->StartSamplingData();
         SampleFrame(lScene.mRoot, 0);
@@ -325,7 +325,7 @@ TEST(HostileTree, HostNodeChainOfAHundredThousandLevelsIsSearchedCountedAndDestr
 {
     // RootNode - b1 - b2 - ... - b100000, made from the bottom up: each new node takes the chain
     // made so far as its child.
-    hosttest::ScenePointer lHost = hosttest::CreateHostScene("Take");
+    OrvScenePtr lHost = hosttest::CreateHostScene("Take");
     const int lObjectsBefore = lHost->GetObjectCount();
     OrvNode* lTop = OrvNode::Create(lHost.get(), BoneName(kHugeBoneCount).c_str());
     for (int i = kHugeBoneCount - 1; i >= 1; --i)
@@ -400,7 +400,7 @@ TEST_F(HostileSkeleton, MillionsOfBadLinesKeepTheFirstWarningsAndTheError)
     for (int i = 0; i < 2000000; ++i) lJunk += "    x\n";
     EXPECT_FALSE(Read(kRoot + ":bonedata\n  begin\n" + lJunk + "    name root\n  end\n"));
     const std::vector<std::string> lTexts = Messages(mFile);
-    const size_t lKept = OrvTextFile::kMaxKeptWarnings;
+    const size_t lKept = OrvDiagnostics::kMaxKeptWarnings;
     ASSERT_EQ(lTexts.size(), lKept + 2);
     EXPECT_EQ(lTexts[lKept - 1], "W: Unknown bonedata token");
     EXPECT_EQ(lTexts[lKept], "W: Too many warnings, the others are not reported");
