@@ -4,6 +4,7 @@
 
 #include "support/HostSceneSupport.h"
 #include "support/ReferenceKinematics.h"
+#include "support/ScratchFiles.h"
 
 #include "amc/OrvAmcReader.h"
 #include "orvsdk/asf/OrvFileAcclaimAsf.h"
@@ -16,7 +17,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <random>
@@ -37,14 +37,6 @@ constexpr double kPi = 3.14159265358979323846;
 std::string ExamplePath(const char* pName)
 {
     return std::string(ORV_SOURCE_DIR) + "/examples/" + pName;
-}
-
-std::string ReadText(const std::string& pPath)
-{
-    std::ifstream lIn(pPath, std::ios::binary);
-    std::ostringstream lText;
-    lText << lIn.rdbuf();
-    return lText.str();
 }
 
 // A skeleton read from the bundled walker, its curves in a host scene, and the result of reading
@@ -170,7 +162,7 @@ class AmcReaderVariants : public ::testing::Test
 protected:
     void SetUp() override
     {
-        mPlainText = ReadText(ExamplePath("walker.amc"));
+        mPlainText = testfiles::ReadFile(ExamplePath("walker.amc"));
         ASSERT_FALSE(mPlainText.empty());
         mPlain = std::make_unique<WalkerImport>(mPlainText);
         ASSERT_TRUE(mPlain->mResult.mSucceeded);
