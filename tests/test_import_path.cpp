@@ -589,61 +589,47 @@ TEST_F(ImportPath, MergeOntoAFullMatchOnlyHandsOverCurvesAndRestValues)
     EXPECT_EQ(mAsf.mRoot->mTranslationCurve[0], nullptr);
 }
 
-namespace {
-
-// The host nodes a merge starts from, and where it is called.
-struct MergeCase
+TEST_F(ImportPath, MergeBuildsTheBonesThatHaveNoMatch)
 {
-    const char* mName;
-    // Builds the host nodes below the scene's root; returns the node the merge gets.
-    OrvNode* (*mBuild)(OrvNode* pSceneRoot);
-    const char* mTree;  // the scene's hierarchy afterwards
-};
-
-const MergeCase kMergeCases[] = {
-    {"PartialMatch",
-     [](OrvNode* p) {
-         AddNode(AddNode(p, "root"), "spine");
-         return p;
-     },
-     "RootNode(root(spine(arm(arm_End) tip hip(slide(slide_End)))))"},
-    // A node that matches by name only (no skeleton attribute): the bone is built beside it.
-    {"NameOnlyMatch",
-     [](OrvNode* p) {
-         AddNode(AddNode(p, "root"), "spine", false);
-         return p;
-     },
-     "RootNode(root(spine spine(arm(arm_End) tip hip(slide(slide_End)))))"},
-    {"NoMatchUnderAGroup",
-     [](OrvNode* p) {
-         OrvNode* lGroup = AddNode(p, "group", false);
-         AddNode(lGroup, "mesh", false);
-         return lGroup;
-     },
-     "RootNode(group(mesh root(spine(arm(arm_End) tip hip(slide(slide_End))))))"},
-    {"RootDeepInTheHierarchy",
-     [](OrvNode* p) {
-         AddNode(AddNode(AddNode(p, "outer", false), "group", false), "root");
-         return p;
-     },
-     "RootNode(outer(group(root(spine(arm(arm_End) tip hip(slide(slide_End)))))))"},
-};
-
-class ImportMerge : public ImportPath, public ::testing::WithParamInterface<MergeCase>
-{
-};
-
-} // namespace
-
-TEST_P(ImportMerge, BuildsTheBonesWithoutAMatchingJointWhereTheirParentsWent)
-{
-    OrvNode* lTarget = GetParam().mBuild(mScene->GetRootNode());
+    AddNode(AddNode(mScene->GetRootNode(), "root"), "spine");
     Read(false, false);
 
-    mAsf.MergeASFToORV(mScene.get(), lTarget, kTake, false, false, false);
+    mAsf.MergeASFToORV(mScene.get(), mScene->GetRootNode(), kTake, false, false, false);
 
-    EXPECT_EQ(NodeTree(mScene->GetRootNode()), GetParam().mTree);
+    EXPECT_EQ(NodeTree(mScene->GetRootNode()), "RootNode(root(spine(arm(arm_End) tip hip(slide(slide_End)))))");
 }
 
-INSTANTIATE_TEST_SUITE_P(Hierarchies, ImportMerge, ::testing::ValuesIn(kMergeCases),
-                         [](const ::testing::TestParamInfo<MergeCase>& pInfo) { return pInfo.param.mName; });
+TEST_F(ImportPath, MergeBuildsBesideANodeThatMatchesByNameOnly)
+{
+    OrvNode* lHostRoot = AddNode(mScene->GetRootNode(), "root");
+    OrvNode* lMesh = AddNode(lHostRoot, "spine", false);
+    Read(false, false);
+
+    mAsf.MergeASFToORV(mScene.get(), mScene->GetRootNode(), kTake, false, false, false);
+
+    EXPECT_EQ(NodeTree(lHostRoot), "root(spine spine(arm(arm_End) tip hip(slide(slide_End))))");
+    EXPECT_EQ(lHostRoot->GetChild(0), lMesh);
+    EXPECT_NE(lHostRoot->GetChild(1)->GetSkeleton(), nullptr);
+}
+
+TEST_F(ImportPath, MergeWithoutAnyMatchBuildsTheWholeSkeletonUnderTheGivenNode)
+{
+    OrvNode* lGroup = AddNode(mScene->GetRootNode(), "group", false);
+    AddNode(lGroup, "mesh", false);
+    Read(false, false);
+
+    mAsf.MergeASFToORV(mScene.get(), lGroup, kTake, false, false, false);
+
+    EXPECT_EQ(NodeTree(lGroup), "group(mesh root(spine(arm(arm_End) tip hip(slide(slide_End)))))");
+}
+
+TEST_F(ImportPath, MergeFindsTheRootDeepInTheHierarchy)
+{
+    OrvNode* lGroup = AddNode(AddNode(mScene->GetRootNode(), "outer", false), "group", false);
+    AddNode(lGroup, "root");
+    Read(false, false);
+
+    mAsf.MergeASFToORV(mScene.get(), mScene->GetRootNode(), kTake, false, false, false);
+
+    EXPECT_EQ(NodeTree(lGroup), "group(root(spine(arm(arm_End) tip hip(slide(slide_End)))))");
+}
