@@ -71,8 +71,8 @@ inline std::unique_ptr<AsfRead> ReadAsfFile(const std::string& pPath, bool pRemo
 inline std::vector<std::string> Messages(const OrvTextFile& pFile)
 {
     std::vector<std::string> lTexts;
-    for (const OrvTextFileMessage& lMessage : pFile.GetMessages())
-        lTexts.push_back((lMessage.mKind == OrvTextFileMessage::eError ? "E: " : "W: ") + lMessage.mText);
+    for (const OrvMessage& lMessage : pFile.GetMessages())
+        lTexts.push_back((lMessage.mKind == OrvMessage::eError ? "E: " : "W: ") + lMessage.mText);
     return lTexts;
 }
 

@@ -4,6 +4,7 @@
 
 #include "support/HostSceneSupport.h"
 #include "support/ReferenceKinematics.h"
+#include "support/ScratchFiles.h"
 
 #include "amc/OrvAmcReader.h"
 #include "orvsdk/asf/OrvFileAcclaimAsf.h"
@@ -16,7 +17,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <random>
@@ -39,14 +39,6 @@ std::string ExamplePath(const char* pName)
     return std::string(ORV_SOURCE_DIR) + "/examples/" + pName;
 }
 
-std::string ReadText(const std::string& pPath)
-{
-    std::ifstream lIn(pPath, std::ios::binary);
-    std::ostringstream lText;
-    lText << lIn.rdbuf();
-    return lText.str();
-}
-
 // A skeleton read from the bundled walker, its curves in a host scene, and the result of reading
 // one motion text into it; the host nodes are built when the read succeeded.
 struct WalkerImport
@@ -66,7 +58,7 @@ struct WalkerImport
         mScene->GetRootNode()->AddChild(mRoot);
     }
 
-    ScenePointer mScene = CreateHostScene("Take");  // outlives the bones, which may own curves
+    OrvScenePtr mScene = CreateHostScene("Take");  // outlives the bones, which may own curves
     OrvAsfScene mAsf;
     orvasf::OrvAmcReader mReader;
     orvasf::OrvAmcReadResult mResult;
@@ -170,7 +162,7 @@ class AmcReaderVariants : public ::testing::Test
 protected:
     void SetUp() override
     {
-        mPlainText = ReadText(ExamplePath("walker.amc"));
+        mPlainText = testfiles::ReadFile(ExamplePath("walker.amc"));
         ASSERT_FALSE(mPlainText.empty());
         mPlain = std::make_unique<WalkerImport>(mPlainText);
         ASSERT_TRUE(mPlain->mResult.mSucceeded);
@@ -182,8 +174,7 @@ protected:
     void ExpectLikePlain(const std::string& pText, double pTolerance = 0.0)
     {
         const WalkerImport lVariant(pText);
-        for (const orvasf::OrvAmcMessage& lMessage : lVariant.mResult.mMessages)
-            ADD_FAILURE() << lVariant.mReader.FormatMessage(lMessage);
+        for (const OrvMessage& lMessage : lVariant.mResult.mMessages) ADD_FAILURE() << OrvFormatMessage(lMessage);
         ExpectSamePositions(*mPlain, lVariant, pTolerance);
     }
 
@@ -340,11 +331,11 @@ TEST_F(AmcReaderVariants, FrameNumbersThatDoNotRiseAreRefusedWithTheirLine)
         const WalkerImport lRead(JoinLines(lLines));
         EXPECT_FALSE(lRead.mResult.mSucceeded);
         ASSERT_FALSE(lRead.mResult.mMessages.empty());
-        const orvasf::OrvAmcMessage& lError = lRead.mResult.mMessages.back();
-        EXPECT_EQ(lError.mKind, orvasf::OrvAmcMessage::eError);
+        const OrvMessage& lError = lRead.mResult.mMessages.back();
+        EXPECT_EQ(lError.mKind, OrvMessage::eError);
         EXPECT_EQ(lError.mLine, static_cast<int>(lThird) + 1);
         EXPECT_EQ(lError.mText, std::string("Frame number ") + lNumber + " does not follow frame 2");
-        EXPECT_EQ(lRead.mReader.FormatMessage(lError),
+        EXPECT_EQ(OrvFormatMessage(lError),
                   "walk.amc:" + std::to_string(lThird + 1) + ": error: Frame number " + lNumber +
                       " does not follow frame 2");
     }
@@ -371,7 +362,7 @@ TEST_F(AmcReaderVariants, ValidationModeChecksLikeARunAndSamplesNothing)
 
 TEST_F(AmcReaderVariants, ValidationModeLeavesExistingCurvesUntouched)
 {
-    ScenePointer lScene = CreateHostScene("Take");
+    OrvScenePtr lScene = CreateHostScene("Take");
     OrvFileAcclaimAsf lFile(false);
     OrvAsfScene lAsf;
     ASSERT_TRUE(lFile.Open(ExamplePath("walker.asf").c_str()));
@@ -395,7 +386,7 @@ namespace {
 std::string FinalError(const WalkerImport& pRead)
 {
     if (pRead.mResult.mSucceeded || pRead.mResult.mMessages.empty()) return "no error";
-    const orvasf::OrvAmcMessage& lLast = pRead.mResult.mMessages.back();
+    const OrvMessage& lLast = pRead.mResult.mMessages.back();
     return std::to_string(lLast.mLine) + ": " + lLast.mText;
 }
 
@@ -438,7 +429,7 @@ TEST(AmcReaderHostile, UnknownBoneNamesAreRememberedUpToTheLimit)
         return lText;
     };
     const size_t lLimit = orvasf::OrvAmcReader::kMaxUnknownBones;
-    ASSERT_EQ(lLimit, static_cast<size_t>(orvasf::OrvAmcReader::kMaxKeptWarnings));
+    ASSERT_EQ(lLimit, static_cast<size_t>(OrvDiagnostics::kMaxKeptWarnings));
     const WalkerImport lAtLimit(lMotion(lLimit));
     ASSERT_TRUE(lAtLimit.mResult.mSucceeded);
     EXPECT_EQ(lAtLimit.mResult.mWarningCount, static_cast<int>(lLimit));

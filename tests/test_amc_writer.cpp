@@ -119,7 +119,7 @@ protected:
         return lLargest;
     }
 
-    ScenePointer mScene = CreateHostScene();
+    OrvScenePtr mScene = CreateHostScene();
     bool mRestInTranslation = false;
     OrvNode* mHips = nullptr;
     const std::string mAsfPath = testfiles::ScratchPath("writer.asf");

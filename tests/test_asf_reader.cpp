@@ -330,7 +330,7 @@ TEST(AsfReader, NulByteFailsTheReadEvenWhereTheSectionWouldEndQuietly)
     {
         const auto lRead = ReadAsfText(lText);
         EXPECT_FALSE(lRead->mRead);
-        EXPECT_THAT(Messages(lRead->mFile), ::testing::Contains(std::string("E: ") + OrvTextFile::kNulByteMessage));
+        EXPECT_THAT(Messages(lRead->mFile), ::testing::Contains(std::string("E: ") + kOrvNulByteMessage));
     }
 }
 

@@ -67,8 +67,7 @@ protected:
     std::vector<std::string> Messages() const
     {
         std::vector<std::string> lTexts;
-        for (const OrvTextFileMessage& lMessage : mReader.GetFile().GetMessages())
-            lTexts.push_back(mReader.GetFile().FormatMessage(lMessage));
+        for (const OrvMessage& lMessage : mReader.GetFile().GetMessages()) lTexts.push_back(OrvFormatMessage(lMessage));
         return lTexts;
     }
 
@@ -87,7 +86,7 @@ protected:
         return lLargest;
     }
 
-    hosttest::ScenePointer mScene = hosttest::CreateHostScene();
+    OrvScenePtr mScene = hosttest::CreateHostScene();
     OrvAnimStack* mStack = mScene->GetCurrentAnimationStack();
     orvasf::OrvBvhReader mReader;
 };

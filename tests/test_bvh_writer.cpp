@@ -63,7 +63,7 @@ protected:
         return testfiles::ReadFile(mPath);
     }
 
-    ScenePointer mScene = CreateHostScene();
+    OrvScenePtr mScene = CreateHostScene();
     OrvNode* mRoot = nullptr;
     orvasf::OrvBvhWriter mWriter;
     const std::string mPath = testfiles::ScratchPath("writer.bvh");

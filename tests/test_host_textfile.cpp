@@ -1,18 +1,17 @@
 #include "orvsdk/host/io/OrvTextFile.h"
 
+#include "support/ScratchFiles.h"
+
 #include <gtest/gtest.h>
 
 #include <clocale>
 #include <cmath>
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <limits>
 #include <random>
-#include <sstream>
 #include <string>
-#include <sys/resource.h>
 
 using namespace orvsdk;
 
@@ -47,14 +46,6 @@ std::string Walk(OrvTextFile& pFile)
         lTokens += "|";
     }
     return lTokens;
-}
-
-std::string ReadWhole(const std::filesystem::path& pPath)
-{
-    std::ifstream lStream(pPath, std::ios::binary);
-    std::ostringstream lText;
-    lText << lStream.rdbuf();
-    return lText.str();
 }
 
 // Switches LC_NUMERIC to a locale whose decimal point is ',' and restores the old one.
@@ -164,7 +155,7 @@ TEST(HostTextFile, NulByteRefusesItsLineAndEndsTheWalk)
         EXPECT_FALSE(lFile.NextLine());
         EXPECT_EQ(lFile.GetLineNumber(), 2);
         ASSERT_EQ(lFile.GetMessages().size(), 1u);
-        EXPECT_EQ(lFile.FormatMessage(lFile.GetMessages()[0]), "walk.asf:2: error: NUL byte in line");
+        EXPECT_EQ(OrvFormatMessage(lFile.GetMessages()[0]), "walk.asf:2: error: NUL byte in line");
     }
 }
 
@@ -395,12 +386,12 @@ TEST(HostTextFile, MessagesCarryKindLineAndFile)
     while (lFile.GetLineNumber() < 12) lFile.NextLine();
     lFile.Error("Unknown rotation order\n");
     ASSERT_EQ(lFile.GetMessages().size(), 2u);
-    const OrvTextFileMessage& lError = lFile.GetMessages()[1];
-    EXPECT_EQ(lError.mKind, OrvTextFileMessage::eError);
+    const OrvMessage& lError = lFile.GetMessages()[1];
+    EXPECT_EQ(lError.mKind, OrvMessage::eError);
     EXPECT_EQ(lError.mLine, 12);
-    EXPECT_EQ(lFile.FormatMessage(lError), "walk.asf:12: error: Unknown rotation order");
-    EXPECT_EQ(lFile.FormatMessage(lFile.GetMessages()[0]), "walk.asf:1: warning: Before anything");
-    EXPECT_EQ(lFile.FormatMessage(OrvTextFileMessage{OrvTextFileMessage::eWarning, 0, "x"}), "walk.asf: warning: x");
+    EXPECT_EQ(OrvFormatMessage(lError), "walk.asf:12: error: Unknown rotation order");
+    EXPECT_EQ(OrvFormatMessage(lFile.GetMessages()[0]), "walk.asf:1: warning: Before anything");
+    EXPECT_EQ(OrvFormatMessage(OrvMessage{OrvMessage::eWarning, "walk.asf", 0, "x"}), "walk.asf: warning: x");
     EXPECT_EQ(lFile.GetErrorCount(), 1);
     EXPECT_EQ(lFile.GetWarningCount(), 1);
 }
@@ -508,14 +499,14 @@ TEST_F(HostTextFileWrite, PrintIndentsAndReplacesTheTarget)
     std::ofstream(lTarget) << "old content\n";
     OrvTextFile lFile("ASF", kDelimiters, "#", true, false);
     ASSERT_TRUE(lFile.Create(lTarget.c_str()));
-    EXPECT_EQ(ReadWhole(lTarget), "old content\n");  // untouched until Close
+    EXPECT_EQ(testfiles::ReadFile(lTarget), "old content\n");  // untouched until Close
     EXPECT_TRUE(lFile.Print(0, "%s\n", ":units"));
     EXPECT_TRUE(lFile.Print(1, "%s %g\n", "mass", 1.0));
     EXPECT_TRUE(lFile.Print(2, "%s", "limits"));
     EXPECT_TRUE(lFile.Print(0, " (%s , %f)\n", "-inf", 2.5));
     EXPECT_TRUE(lFile.Close());
     EXPECT_TRUE(lFile.Close());  // a second Close does nothing
-    EXPECT_EQ(ReadWhole(lTarget), ":units\n  mass 1\n    limits (-inf , 2.500000)\n");
+    EXPECT_EQ(testfiles::ReadFile(lTarget), ":units\n  mass 1\n    limits (-inf , 2.500000)\n");
     EXPECT_EQ(CountOtherFiles("out.asf"), 0);
     EXPECT_FALSE(lFile.Print(0, "late\n"));
 }
@@ -529,7 +520,7 @@ TEST_F(HostTextFileWrite, PrintUsesADecimalPointUnderACommaLocale)
     ASSERT_TRUE(lFile.Create(lTarget.c_str()));
     lFile.Print(1, "%s %g %f\n", "length", 0.45, -1.5);
     ASSERT_TRUE(lFile.Close());
-    EXPECT_EQ(ReadWhole(lTarget), "  length 0.45 -1.500000\n");
+    EXPECT_EQ(testfiles::ReadFile(lTarget), "  length 0.45 -1.500000\n");
 }
 
 TEST_F(HostTextFileWrite, CreateInAMissingFolderFails)
@@ -554,7 +545,7 @@ TEST_F(HostTextFileWrite, FailedRenameKeepsTheTarget)
     lFile.Print(0, "text\n");
     EXPECT_FALSE(lFile.Close());
     EXPECT_EQ(lFile.GetErrorCount(), 1);
-    EXPECT_EQ(ReadWhole(lTarget / "inside"), "kept\n");
+    EXPECT_EQ(testfiles::ReadFile(lTarget / "inside"), "kept\n");
     EXPECT_EQ(CountOtherFiles("out.asf"), 0);
 }
 
@@ -565,22 +556,17 @@ TEST_F(HostTextFileWrite, FailedWriteKeepsTheTargetAndRemovesTheTemporaryFile)
     OrvTextFile lFile("ASF", kDelimiters, "#", true, false);
     ASSERT_TRUE(lFile.Create(lTarget.c_str()));
 
-    // Files may not grow beyond 4 KB while the text is written (the signal would end the process).
-    rlimit lOldLimit;
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &lOldLimit), 0);
-    void (*lOldHandler)(int) = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit lLimit = lOldLimit;
-    lLimit.rlim_cur = 4096;
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &lLimit), 0);
+    // Files may not grow beyond 4 KB while the text is written.
     bool lAllPrinted = true;
-    for (int i = 0; i < 1000; ++i) lAllPrinted = lFile.Print(1, "%s %d\n", "line of text", i) && lAllPrinted;
-    const bool lClosed = lFile.Close();
-    setrlimit(RLIMIT_FSIZE, &lOldLimit);
-    std::signal(SIGXFSZ, lOldHandler);
+    bool lClosed = true;
+    ASSERT_TRUE(testfiles::WithFileSizeLimit(4096, [&] {
+        for (int i = 0; i < 1000; ++i) lAllPrinted = lFile.Print(1, "%s %d\n", "line of text", i) && lAllPrinted;
+        lClosed = lFile.Close();
+    }));
 
     EXPECT_FALSE(lAllPrinted);
     EXPECT_FALSE(lClosed);
     EXPECT_EQ(lFile.GetErrorCount(), 1);
-    EXPECT_EQ(ReadWhole(lTarget), "old content\n");
+    EXPECT_EQ(testfiles::ReadFile(lTarget), "old content\n");
     EXPECT_EQ(CountOtherFiles("out.asf"), 0);
 }

@@ -4,8 +4,9 @@
 
 #include "AsfTestSupport.h"
 #include "support/HostSceneSupport.h"
+#include "support/ScratchFiles.h"
 
-#include "amc/OrvAmcReader.h"
+#include "driver/OrvImportDriver.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,9 +14,9 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <limits>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 using namespace orvsdk;
@@ -90,11 +91,6 @@ protected:
     OrvAsfScene mScene;
 };
 
-std::string TempPath(const char* pName)
-{
-    return ::testing::TempDir() + "orv_hostile_" + std::to_string(getpid()) + "_" + pName;
-}
-
 // Writes pScene to pPath; true when creating, writing and closing all succeeded.
 bool WriteSkeleton(OrvAsfScene& pScene, const std::string& pPath)
 {
@@ -106,47 +102,48 @@ bool WriteSkeleton(OrvAsfScene& pScene, const std::string& pPath)
 
 // --- Depth ------------------------------------------------------------------------------------
 
-TEST_F(HostileSkeleton, ChainAtTheDepthLimitReads)
+// A chain of pBones bones below the root, linked from the top down or from the bottom up.
+struct ChainCase
 {
-    ASSERT_TRUE(Read(ChainSkeleton(kLimit)));
-    const OrvAsfNode* lDeepest = mScene.mRoot->Find(BoneName(kLimit).c_str());
-    ASSERT_NE(lDeepest, nullptr);
-    EXPECT_EQ(DepthOf(lDeepest), kLimit);
-    EXPECT_EQ(mFile.GetErrorCount(), 0);
-}
+    int mBones;
+    bool mBottomUp;
+};
 
-TEST_F(HostileSkeleton, OneBoneBeyondTheDepthLimitIsRefusedAtItsHierarchyLine)
+class HostileChain : public ::testing::TestWithParam<ChainCase>
 {
-    // b1 - b2 - ... - b1000 - b1001: the line "b1000 b1001" would put b1001 at depth 1001.
-    EXPECT_FALSE(Read(ChainSkeleton(kLimit + 1)));
-    EXPECT_EQ(LastMessage(), "E: Bone b1001 lies deeper than 1000 bones below the root");
-    EXPECT_EQ(mFile.GetMessages().back().mLine, 3 + 1 + 6 * (kLimit + 1) + 2 + kLimit);
-    // Nothing moved by the refused line: b1001 still hangs under the root.
-    EXPECT_EQ(mScene.mRoot->Find("b1001")->mParent, mScene.mRoot);
-    EXPECT_EQ(CountSoundBones(mScene.mRoot), static_cast<size_t>(kLimit + 2));
-}
+};
 
-TEST_F(HostileSkeleton, ChainBuiltFromTheBottomUpIsRefusedNamingItsDeepestBone)
+TEST_P(HostileChain, ReadsUpToTheDepthLimitAndRefusesTheDeepestBoneBeyondIt)
 {
-    // Each line hangs a whole chain below a new top: the moved bone lies shallow, its last
-    // descendant too deep.
-    EXPECT_FALSE(Read(ChainSkeleton(kLimit + 1, true)));
-    EXPECT_EQ(LastMessage(), "E: Bone b1001 lies deeper than 1000 bones below the root");
-    EXPECT_EQ(mScene.mRoot->Find("b2")->mParent, mScene.mRoot);
-}
-
-TEST_F(HostileSkeleton, HundredThousandBoneChainIsRefusedInEitherOrder)
-{
-    for (const bool lBottomUp : {false, true})
+    const ChainCase lCase = GetParam();
+    OrvFileAcclaimAsf lFile(false);
+    OrvAsfScene lScene;
+    const bool lRead = ReadText(lFile, lScene, ChainSkeleton(lCase.mBones, lCase.mBottomUp));
+    // Whatever was refused, the tree stays whole: every bone under the root or its chain.
+    EXPECT_EQ(CountSoundBones(lScene.mRoot), static_cast<size_t>(lCase.mBones + 1));
+    if (lCase.mBones <= kLimit)
     {
-        OrvFileAcclaimAsf lFile(false);
-        OrvAsfScene lScene;
-        EXPECT_FALSE(ReadText(lFile, lScene, ChainSkeleton(kHugeBoneCount, lBottomUp)));
-        const std::string lDeepest = lBottomUp ? BoneName(kHugeBoneCount) : BoneName(kLimit + 1);
-        EXPECT_EQ(Messages(lFile).back(), "E: Bone " + lDeepest + " lies deeper than 1000 bones below the root");
-        EXPECT_EQ(CountSoundBones(lScene.mRoot), static_cast<size_t>(kHugeBoneCount + 1));
+        ASSERT_TRUE(lRead);
+        EXPECT_EQ(DepthOf(lScene.mRoot->Find(BoneName(lCase.mBones).c_str())), lCase.mBones);
+        EXPECT_EQ(lFile.GetErrorCount(), 0);
+        return;
     }
+    // From the top down the first bone too deep is b1001, at its own hierarchy line; from the
+    // bottom up each line hangs the whole chain below a new top, so the last bone is too deep.
+    EXPECT_FALSE(lRead);
+    const std::string lDeepest = lCase.mBottomUp ? BoneName(lCase.mBones) : BoneName(kLimit + 1);
+    EXPECT_EQ(Messages(lFile).back(), "E: Bone " + lDeepest + " lies deeper than 1000 bones below the root");
+    // Either way the 1000th hierarchy line is the one refused.
+    EXPECT_EQ(lFile.GetMessages().back().mLine, 3 + 1 + 6 * lCase.mBones + 2 + kLimit);
+    // The refused line moved nothing: its child still hangs under the root.
+    const int lRefusedChild = lCase.mBottomUp ? lCase.mBones - kLimit + 1 : kLimit + 1;
+    EXPECT_EQ(lScene.mRoot->Find(BoneName(lRefusedChild).c_str())->mParent, lScene.mRoot);
 }
+
+INSTANTIATE_TEST_SUITE_P(Depths, HostileChain,
+                         ::testing::Values(ChainCase{kLimit, false}, ChainCase{kLimit + 1, false},
+                                           ChainCase{kLimit + 1, true}, ChainCase{kHugeBoneCount, false},
+                                           ChainCase{kHugeBoneCount, true}));
 
 TEST_F(HostileSkeleton, HundredThousandBonesInShortChainsReadWithTheirTreeIntact)
 {
@@ -186,22 +183,23 @@ TEST_F(HostileSkeleton, SharedNamesStillMeanTheFirstBoneInPreOrderWhenTheLineIsR
     EXPECT_EQ(mScene.mRoot->mChildren[1]->mChildren[0]->mDof[0], 5);
 }
 
-TEST_F(HostileSkeleton, ChainAtTheDepthLimitImportsIntoHostNodes)
+TEST(HostileImport, ChainAtTheDepthLimitImportsIntoHostNodes)
 {
     // The import path walks the tree recursively; the depth limit keeps it well within the stack.
-    ASSERT_TRUE(Read(ChainSkeleton(kLimit)));
-    hosttest::ScenePointer lHost = hosttest::CreateHostScene("Take");
-    mScene.mRoot->CreateDataFromDOF(lHost.get());
-    const std::string lMotion = "1\nb1 10\nb1000 20\n2\nb1 30\nb1000 40\n";
-    orvasf::OrvAmcReader lReader;
-    const orvasf::OrvAmcReadSettings lSettings;
-    ASSERT_TRUE(lReader.Read(lMotion.data(), lMotion.size(), "chain.amc", mScene, lSettings).mSucceeded);
-    OrvNode* lRoot = mScene.ASFToORV(lHost.get(), "Take", true, false, false);
-    lHost->GetRootNode()->AddChild(lRoot);
-    const OrvNode* lEnd = lRoot->FindChild("b1000_End");
+    const std::string lAsf = testfiles::ScratchPath("chain.asf");
+    const std::string lAmc = testfiles::ScratchPath("chain.amc");
+    std::ofstream(lAsf) << ChainSkeleton(kLimit);
+    std::ofstream(lAmc) << "1\nb1 10\nb1000 20\n2\nb1 30\nb1000 40\n";
+    orvasf::OrvImportSettings lSettings;
+    lSettings.mUseLimits = true;
+    const orvasf::OrvImportResult lImport = orvasf::OrvImportAsf(lAsf, lAmc, lSettings);
+    std::remove(lAsf.c_str());
+    std::remove(lAmc.c_str());
+    ASSERT_TRUE(lImport.mSucceeded);
+    const OrvNode* lEnd = lImport.mRoot->FindChild("b1000_End");
     ASSERT_NE(lEnd, nullptr);
     int lDepth = 0;
-    for (const OrvNode* lNode = lEnd; lNode != lRoot; lNode = lNode->GetParent()) ++lDepth;
+    for (const OrvNode* lNode = lEnd; lNode != lImport.mRoot; lNode = lNode->GetParent()) ++lDepth;
     EXPECT_EQ(lDepth, kLimit + 1);
 }
 
@@ -256,7 +254,7 @@ TEST(HostileTree, WalksSurviveAHundredThousandBoneChain)
     // Through a host scene and back: curves, a sampling run of two frames, the node hierarchy, a
     // merge onto it, the skeleton taken from it and bound to it again, the scene's teardown.
     {
-        hosttest::ScenePointer lHost = hosttest::CreateHostScene("Take");
+        OrvScenePtr lHost = hosttest::CreateHostScene("Take");
         lScene.mRoot->CreateDataFromDOF(lHost.get());
         lScene.mRoot->StartSamplingData();
         SampleFrame(lScene.mRoot, 0);
@@ -303,7 +301,7 @@ TEST(HostileTree, WalksSurviveAHundredThousandBoneChain)
     }
 
     // The writer walks the whole chain; reading it back stops at the depth limit.
-    const std::string lPath = TempPath("chain.asf");
+    const std::string lPath = testfiles::ScratchPath("chain.asf");
     ASSERT_TRUE(WriteSkeleton(lScene, lPath));
     OrvFileAcclaimAsf lIn(false);
     OrvAsfScene lAgain;
@@ -327,7 +325,7 @@ TEST(HostileTree, HostNodeChainOfAHundredThousandLevelsIsSearchedCountedAndDestr
 {
     // RootNode - b1 - b2 - ... - b100000, made from the bottom up: each new node takes the chain
     // made so far as its child.
-    hosttest::ScenePointer lHost = hosttest::CreateHostScene("Take");
+    OrvScenePtr lHost = hosttest::CreateHostScene("Take");
     const int lObjectsBefore = lHost->GetObjectCount();
     OrvNode* lTop = OrvNode::Create(lHost.get(), BoneName(kHugeBoneCount).c_str());
     for (int i = kHugeBoneCount - 1; i >= 1; --i)
@@ -402,7 +400,7 @@ TEST_F(HostileSkeleton, MillionsOfBadLinesKeepTheFirstWarningsAndTheError)
     for (int i = 0; i < 2000000; ++i) lJunk += "    x\n";
     EXPECT_FALSE(Read(kRoot + ":bonedata\n  begin\n" + lJunk + "    name root\n  end\n"));
     const std::vector<std::string> lTexts = Messages(mFile);
-    const size_t lKept = OrvTextFile::kMaxKeptWarnings;
+    const size_t lKept = OrvDiagnostics::kMaxKeptWarnings;
     ASSERT_EQ(lTexts.size(), lKept + 2);
     EXPECT_EQ(lTexts[lKept - 1], "W: Unknown bonedata token");
     EXPECT_EQ(lTexts[lKept], "W: Too many warnings, the others are not reported");
@@ -484,12 +482,15 @@ TEST(HostileNumbers, LimitBoundsBeyondTheFiniteRangeReadLikeInfiniteOnes)
 
 TEST(HostileNumbers, HeaderValuesOutOfRangeKeepTheirDefaults)
 {
+    // An infinite length unit would make every length 0, and an infinite length NaN.
     OrvFileAcclaimAsf lFile(false);
     OrvAsfScene lScene;
     ASSERT_TRUE(ReadText(lFile, lScene,
-                         ":version 1e400\n:units\n  mass nan\n  length 1e-400\n:root\n  position nan 0 0\n"
-                         "  orientation 1e400 0 0\n:hierarchy\n"));
+                         ":version 1e400\n:units\n  mass nan\n  length 1e-400\n  mass inf\n  length -inf\n:root\n"
+                         "  position nan 0 0\n  orientation 1e400 0 0\n:hierarchy\n"));
     EXPECT_THAT(Messages(lFile), ElementsAre("W: Can't read file format version (1e400), trying version 1.10",
+                                             "W: Can't read mass unit, using 1.000000",
+                                             "W: Can't read length unit, using 1.000000",
                                              "W: Can't read mass unit, using 1.000000",
                                              "W: Can't read length unit, using 1.000000",
                                              "W: Can't read position, using 0.0 0.0 0.0",
@@ -497,18 +498,6 @@ TEST(HostileNumbers, HeaderValuesOutOfRangeKeepTheirDefaults)
     EXPECT_EQ(lScene.mMassUnit, 1.0);
     EXPECT_EQ(lScene.mLengthUnit, 1.0);
     EXPECT_EQ(lScene.mRoot->mPosition[0], 0.0);
-}
-
-TEST(HostileNumbers, InfiniteUnitsAreRefusedAndNoLengthBecomesNotANumber)
-{
-    // An infinite length unit would make every length 0, and an infinite length NaN.
-    OrvFileAcclaimAsf lFile(false);
-    OrvAsfScene lScene;
-    const std::string lUnits = ":units\n  mass inf\n  length -inf\n";
-    ASSERT_TRUE(ReadText(lFile, lScene, lUnits + kRoot + ":bonedata\n" + BoneBlock("a") + ":hierarchy\n"));
-    EXPECT_THAT(Messages(lFile), ElementsAre("W: Can't read mass unit, using 1.000000",
-                                             "W: Can't read length unit, using 1.000000"));
-    EXPECT_EQ(lScene.mLengthUnit, 1.0);
 }
 
 TEST(HostileNumbers, ZeroLengthStaysZeroWhenATinyUnitOverflowsTheFactor)
@@ -523,7 +512,7 @@ TEST(HostileNumbers, ZeroLengthStaysZeroWhenATinyUnitOverflowsTheFactor)
     EXPECT_TRUE(std::isinf(lScene.mRoot->Find("a")->mLength));
     EXPECT_EQ(lScene.mRoot->Find("z")->mLength, 0.0);
 
-    const std::string lPath = TempPath("tiny_unit.asf");
+    const std::string lPath = testfiles::ScratchPath("tiny_unit.asf");
     ASSERT_TRUE(WriteSkeleton(lScene, lPath));
     OrvFileAcclaimAsf lIn(false);
     OrvAsfScene lAgain;

@@ -4,10 +4,8 @@
 
 #include "support/HostSceneSupport.h"
 
-#include "amc/OrvAmcReader.h"
-#include "orvsdk/asf/OrvFileAcclaimAsf.h"
+#include "driver/OrvImportDriver.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
-#include "orvsdk/skeleton/OrvAsfScene.h"
 
 #include <gtest/gtest.h>
 
@@ -24,8 +22,7 @@ struct ImportCase
 {
     std::string mSkeleton;
     std::string mMotion;
-    bool mUseRotationOffset;
-    bool mUsePreRotation;
+    orvasf::OrvImportSettings mSettings;
 };
 
 // What an import leaves behind: the frame count and every joint's world position at a few
@@ -43,47 +40,35 @@ struct ImportOutcome
     }
 };
 
-const char* const kTake = "Take";
 const double kSampleSeconds[] = {0.0, 0.5, 1.0};
 
 ImportOutcome Import(const ImportCase& pCase)
 {
     ImportOutcome lOutcome;
-    ScenePointer lScene = CreateHostScene(kTake);  // outlives the bones, which may own curves
-    OrvAsfScene lAsf;
-    OrvFileAcclaimAsf lFile(false);
-    if (!lFile.Open(pCase.mSkeleton.c_str()) ||
-        !lFile.Read(&lAsf, false, pCase.mUseRotationOffset, pCase.mUsePreRotation))
-        return lOutcome;
-    std::vector<std::string> lNames;
-    lAsf.mRoot->VisitPreOrder([&lNames](const OrvAsfNode* pBone) {
-        lNames.push_back(pBone->mName);
-        return false;
-    });
-
-    lAsf.mRoot->CreateDataFromDOF(lScene.get());
-    orvasf::OrvAmcReadSettings lSettings;
-    lSettings.mUseRotationOffset = pCase.mUseRotationOffset;
-    lSettings.mUsePreRotation = pCase.mUsePreRotation;
-    orvasf::OrvAmcReader lReader;
-    const orvasf::OrvAmcReadResult lRead = lReader.Read(pCase.mMotion.c_str(), lAsf, lSettings);
-    lOutcome.mFrameCount = lRead.mFrameCount;
-    if (!lRead.mSucceeded) return lOutcome;
-    OrvNode* lRoot = lAsf.ASFToORV(lScene.get(), kTake, true, pCase.mUseRotationOffset, pCase.mUsePreRotation);
-    lScene->GetRootNode()->AddChild(lRoot);
-
-    for (const std::string& lName : lNames)
-    {
-        OrvNode* lNode = lName == lRoot->GetName() ? lRoot : lRoot->FindChild(lName.c_str());
-        if (!lNode) return lOutcome;
+    const orvasf::OrvImportResult lResult = orvasf::OrvImportAsf(pCase.mSkeleton, pCase.mMotion, pCase.mSettings);
+    lOutcome.mFrameCount = lResult.mFrameCount;
+    if (!lResult.mSucceeded) return lOutcome;
+    const OrvAsfNode* lUnbuilt = lResult.mSkeleton->mRoot->VisitPreOrder([&](const OrvAsfNode* pBone) {
+        OrvNode* lNode = lResult.mScene->GetRootNode()->FindChild(pBone->mName);
+        if (!lNode) return true;
         for (const double lSeconds : kSampleSeconds)
         {
             const OrvVector4 lPosition = lNode->EvaluateGlobalTransform(OrvTime::FromSeconds(lSeconds)).GetT();
             for (int k = 0; k < 3; ++k) lOutcome.mPositions.push_back(lPosition[k]);
         }
-    }
-    lOutcome.mSucceeded = true;
+        return false;
+    });
+    lOutcome.mSucceeded = lUnbuilt == nullptr;
     return lOutcome;
+}
+
+orvasf::OrvImportSettings WithFlags(bool pUseRotationOffset, bool pUsePreRotation)
+{
+    orvasf::OrvImportSettings lSettings;
+    lSettings.mUseRotationOffset = pUseRotationOffset;
+    lSettings.mUsePreRotation = pUsePreRotation;
+    lSettings.mUseLimits = true;
+    return lSettings;
 }
 
 // The bundled sample, and short motions of the shared data folder when it is there, each under
@@ -92,8 +77,8 @@ std::vector<ImportCase> Cases()
 {
     const std::string lExamples = std::string(ORV_SOURCE_DIR) + "/examples/";
     std::vector<ImportCase> lCases = {
-        {lExamples + "walker.asf", lExamples + "walker.amc", false, false},
-        {lExamples + "walker.asf", lExamples + "walker.amc", true, true},
+        {lExamples + "walker.asf", lExamples + "walker.amc", WithFlags(false, false)},
+        {lExamples + "walker.asf", lExamples + "walker.amc", WithFlags(true, true)},
     };
     if (!HasSharedData()) return lCases;
     const char* const kPairs[][2] = {
@@ -105,8 +90,8 @@ std::vector<ImportCase> Cases()
     bool lFlag = false;
     for (const auto& lPair : kPairs)
     {
-        lCases.push_back({SharedDataPath("asf", lPair[0], ".asf"), SharedDataPath("amc", lPair[1], ".amc"), lFlag,
-                          !lFlag});
+        lCases.push_back(
+            {SharedDataPath("asf", lPair[0], ".asf"), SharedDataPath("amc", lPair[1], ".amc"), WithFlags(lFlag, !lFlag)});
         lFlag = !lFlag;
     }
     return lCases;

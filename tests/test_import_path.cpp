@@ -81,7 +81,7 @@ protected:
     }
 
     // Declared before the skeleton: bones still owning curves must die while the scene lives.
-    ScenePointer mScene = CreateHostScene(kTake);
+    OrvScenePtr mScene = CreateHostScene(kTake);
     OrvFileAcclaimAsf mFile{false};
     OrvAsfScene mAsf;
     bool mUseRotationOffset = false;
@@ -230,7 +230,7 @@ TEST_F(ImportPath, CurveNodePointersAreCachedFromTheNodeInItsScenesCurrentStack)
     OrvAsfNode::Destroy(lBone);
 
     // A scene without a current stack: the pivots are still read, no curve node is found or made.
-    ScenePointer lBare(OrvScene::Create("bare"));
+    OrvScenePtr lBare = OrvCreateScene("bare");
     OrvNode* lBareNode = AddNode(lBare->GetRootNode(), "node");
     lBareNode->SetPreRotation(OrvNode::eSourcePivot, OrvVector4(4, 5, 6));
     OrvAsfNode* lOther = MakeBone("other");

@@ -7,20 +7,21 @@
 #include "support/HostSceneSupport.h"
 #include "support/ReferenceKinematics.h"
 
-#include "amc/OrvAmcReader.h"
+#include "driver/OrvImportDriver.h"
 #include "orvsdk/asf/OrvFileAcclaimAsf.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <ostream>
 #include <string>
 #include <vector>
 
 using namespace orvsdk;
 using namespace orvsdk::hosttest;
 using namespace orvsdk::reference;
+using orvasf::OrvImportSettings;
+using orvasf::OrvRotationFilter;
 
 namespace {
 
@@ -31,20 +32,16 @@ using shareddata::kSanitized;
 using shareddata::kSanitizedMaxFrames;
 using shareddata::kSanitizedStride;
 
-// The two set-up flags, and the host settings of the flush.
-struct Flags
-{
-    bool mUseRotationOffset;
-    bool mUsePreRotation;
-    int mRotationFilter = 0;
-    bool mUseConstantKeyReducer = false;
-};
-
-const Flags kAllFlags[] = {{false, false}, {true, false}, {false, true}, {true, true}};
-
-const char* const kTake = "Motion";
-const int kUnrollFilter = 2;
 const double kFramesPerSecond = 120.0;
+
+OrvImportSettings Settings(bool pUseRotationOffset, bool pUsePreRotation)
+{
+    OrvImportSettings lSettings;
+    lSettings.mUseRotationOffset = pUseRotationOffset;
+    lSettings.mUsePreRotation = pUsePreRotation;
+    lSettings.mFramesPerSecond = kFramesPerSecond;
+    return lSettings;
+}
 
 // Indices of the frames to evaluate: all of them, or under the sanitizers every
 // kSanitizedStride-th one and the last.
@@ -63,65 +60,33 @@ struct Result
     int mFramesChecked = 0;
 };
 
-// Imports pPair with pFlags and compares the host's world positions with pSkeleton's poses of
-// pMotion at every checked frame: each bone's node against the bone's joint, each "_End" node
-// against the end of its leaf bone.
-void CheckImport(const MotionPair& pPair, Flags pFlags, const Skeleton& pSkeleton, const Motion& pMotion, Result& pResult)
+// Imports pPair with pSettings and compares the host's world positions with pSkeleton's poses of
+// pMotion at every checked frame.
+void CheckImport(const MotionPair& pPair, const OrvImportSettings& pSettings, const Skeleton& pSkeleton,
+                 const Motion& pMotion, Result& pResult)
 {
-    ScenePointer lScene = CreateHostScene(kTake);  // outlives the bones, which may own curves
-    lScene->GetGlobalSettings().SetRotationFilterToApply(pFlags.mRotationFilter);
-    lScene->GetGlobalSettings().SetUseConstantKeyReducer(pFlags.mUseConstantKeyReducer);
-    OrvFileAcclaimAsf lFile(false);
-    OrvAsfScene lAsf;
-    ASSERT_TRUE(lFile.Open(SharedDataPath("asf", pPair.mAsf, ".asf").c_str()));
-    ASSERT_TRUE(lFile.Read(&lAsf, false, pFlags.mUseRotationOffset, pFlags.mUsePreRotation));
-    lAsf.mRoot->CreateDataFromDOF(lScene.get());
-    orvasf::OrvAmcReadSettings lSettings;
-    lSettings.mFramesPerSecond = kFramesPerSecond;
-    lSettings.mUseRotationOffset = pFlags.mUseRotationOffset;
-    lSettings.mUsePreRotation = pFlags.mUsePreRotation;
-    orvasf::OrvAmcReader lReader;
-    const orvasf::OrvAmcReadResult lRead = lReader.Read(SharedDataPath("amc", pPair.mAmc, ".amc").c_str(), lAsf, lSettings);
-    EXPECT_TRUE(lRead.mSucceeded);
-    EXPECT_EQ(static_cast<size_t>(lRead.mFrameCount), pMotion.mFrames.size());
-    OrvNode* lRoot = lAsf.ASFToORV(lScene.get(), kTake, false, pFlags.mUseRotationOffset, pFlags.mUsePreRotation);
-    lScene->GetRootNode()->AddChild(lRoot);
-
-    std::vector<bool> lHasChildren(pSkeleton.mBones.size(), false);
-    for (const Bone& lBone : pSkeleton.mBones)
-        if (lBone.mParent >= 0) lHasChildren[lBone.mParent] = true;
-
+    const orvasf::OrvImportResult lImport = orvasf::OrvImportAsf(
+        SharedDataPath("asf", pPair.mAsf, ".asf"), SharedDataPath("amc", pPair.mAmc, ".amc"), pSettings);
+    ASSERT_TRUE(lImport.mSucceeded);
+    EXPECT_EQ(static_cast<size_t>(lImport.mFrameCount), pMotion.mFrames.size());
     const int lFirstNumber = pMotion.mFrames.front().mNumber;
     for (size_t f : FramesToCheck(pMotion.mFrames.size()))
     {
         const Frame& lFrame = pMotion.mFrames[f];
         const OrvTime lTime = OrvTime::FromFrame(lFrame.mNumber - lFirstNumber, kFramesPerSecond);
-        const auto lHost = HostWorldPositions(lRoot, lTime);
-        const std::vector<BonePose> lPoses = Pose(pSkeleton, lFrame.mValues.data());
-        size_t lExpectedNodes = 0;
-        for (size_t b = 0; b < pSkeleton.mBones.size(); ++b)
-        {
-            const Bone& lBone = pSkeleton.mBones[b];
-            ++lExpectedNodes;
-            ASSERT_EQ(lHost.count(lBone.mName), 1u) << lBone.mName;
-            pResult.mLargest = std::max(pResult.mLargest, Distance(lHost.at(lBone.mName), lPoses[b].mStart));
-            if (lHasChildren[b] || Distance(lBone.mVector, Vec3{}) == 0.0) continue;
-            ++lExpectedNodes;
-            const std::string lEndName = lBone.mName + "_End";
-            ASSERT_EQ(lHost.count(lEndName), 1u) << lEndName;
-            pResult.mLargest = std::max(pResult.mLargest, Distance(lHost.at(lEndName), lPoses[b].mEnd));
-        }
-        ASSERT_EQ(lHost.size(), lExpectedNodes);
+        pResult.mLargest =
+            std::max(pResult.mLargest, LargestDistanceToPose(lImport.mRoot, lTime, pSkeleton, lFrame.mValues.data()));
         ++pResult.mFramesChecked;
     }
 }
 
-std::string Describe(const Flags& pFlags)
+std::string Describe(const OrvImportSettings& pSettings)
 {
-    std::string lText = std::string("rotation offset ") + (pFlags.mUseRotationOffset ? "on" : "off") +
-                        ", pre-rotation " + (pFlags.mUsePreRotation ? "on" : "off");
-    if (pFlags.mRotationFilter != 0) lText += ", rotation filter " + std::to_string(pFlags.mRotationFilter);
-    if (pFlags.mUseConstantKeyReducer) lText += ", constant-key reducer";
+    std::string lText = std::string("rotation offset ") + (pSettings.mUseRotationOffset ? "on" : "off") +
+                        ", pre-rotation " + (pSettings.mUsePreRotation ? "on" : "off");
+    if (pSettings.mRotationFilter != OrvRotationFilter::eNone)
+        lText += ", rotation filter " + std::to_string(static_cast<int>(pSettings.mRotationFilter));
+    if (pSettings.mReduceKeys) lText += ", constant-key reducer";
     return lText;
 }
 
@@ -142,18 +107,19 @@ protected:
             GTEST_SKIP() << "long motion left to the unsanitized build";
     }
 
-    // Imports with pFlags, expects the largest difference below 0.01 cm and reports it.
-    void CheckAndReport(const Flags& pFlags)
+    // Imports with pSettings, expects the largest difference below 0.01 cm and reports it.
+    void CheckAndReport(const OrvImportSettings& pSettings)
     {
         Result lResult;
-        CheckImport(GetParam(), pFlags, mSkeleton, mMotion, lResult);
+        CheckImport(GetParam(), pSettings, mSkeleton, mMotion, lResult);
         if (HasFatalFailure()) return;
         EXPECT_LT(lResult.mLargest, 0.01);
-        const std::string lKey = std::string("largest_cm_offset") + (pFlags.mUseRotationOffset ? "1" : "0") + "_pre" +
-                                 (pFlags.mUsePreRotation ? "1" : "0") + (pFlags.mRotationFilter ? "_filtered" : "");
+        const std::string lKey = std::string("largest_cm_offset") + (pSettings.mUseRotationOffset ? "1" : "0") +
+                                 "_pre" + (pSettings.mUsePreRotation ? "1" : "0") +
+                                 (pSettings.mRotationFilter != OrvRotationFilter::eNone ? "_filtered" : "");
         RecordProperty(lKey, std::to_string(lResult.mLargest));
         std::printf("%s + %s, %s: %d frames checked, largest difference %.3g cm\n", GetParam().mAsf, GetParam().mAmc,
-                    Describe(pFlags).c_str(), lResult.mFramesChecked, lResult.mLargest);
+                    Describe(pSettings).c_str(), lResult.mFramesChecked, lResult.mLargest);
     }
 
     Skeleton mSkeleton;
@@ -164,19 +130,24 @@ protected:
 
 TEST_P(ImportRealData, WorldPositionsMatchTheReferenceUnderAllFlags)
 {
-    for (const Flags& lFlags : kAllFlags)
-    {
-        SCOPED_TRACE(Describe(lFlags));
-        CheckAndReport(lFlags);
-        if (HasFatalFailure()) return;
-    }
+    for (const bool lUseRotationOffset : {false, true})
+        for (const bool lUsePreRotation : {false, true})
+        {
+            const OrvImportSettings lSettings = Settings(lUseRotationOffset, lUsePreRotation);
+            SCOPED_TRACE(Describe(lSettings));
+            CheckAndReport(lSettings);
+            if (HasFatalFailure()) return;
+        }
 }
 
 // Unrolled (in each bone's rotation order) and reduced curves describe the same motion; the
 // decomposed angles of the first flag combination are where unrolling has work to do.
 TEST_P(ImportRealData, UnrolledAndReducedCurvesKeepThePose)
 {
-    CheckAndReport(Flags{false, false, kUnrollFilter, true});
+    OrvImportSettings lSettings = Settings(false, false);
+    lSettings.mRotationFilter = OrvRotationFilter::eUnroll;
+    lSettings.mReduceKeys = true;
+    CheckAndReport(lSettings);
 }
 
 INSTANTIATE_TEST_SUITE_P(SharedData, ImportRealData, ::testing::ValuesIn(kMotionPairs),

@@ -6,12 +6,13 @@
 #include "tests/AsfTestSupport.h"
 #include "tests/support/HostSceneSupport.h"
 
-#include "amc/OrvAmcReader.h"
 #include "amc/OrvAmcWriter.h"
+#include "driver/OrvImportDriver.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace orvsdk {
 namespace asftest {
@@ -26,30 +27,25 @@ inline std::string ExportedBoneName(const std::string& pNodeName)
 // A skeleton and its motion as host nodes below the root of a scene of their own.
 struct HostImport
 {
-    hosttest::ScenePointer mScene = hosttest::CreateHostScene();
+    OrvScenePtr mScene = hosttest::CreateHostScene();
     OrvNode* mRoot = nullptr;
     int mFrameCount = 0;  // from the first to the last frame number of the motion
 };
 
-// Reads the skeleton pAsf and the motion pAmc, keyed at pFramesPerSecond, with pFlags, and builds
-// their host nodes into pImport. Fatal failures when a file is refused.
+// Imports the skeleton pAsf and the motion pAmc, keyed at pFramesPerSecond, with pFlags, into
+// pImport. Fatal failures when a file is refused.
 inline void ImportAsfAmc(const std::string& pAsf, const std::string& pAmc, SetupFlags pFlags, double pFramesPerSecond,
                          HostImport& pImport)
 {
-    const auto lSkeleton = ReadAsfFile(pAsf, false, pFlags);
-    ASSERT_TRUE(lSkeleton->mRead) << pAsf;
-    lSkeleton->mScene.mRoot->CreateDataFromDOF(pImport.mScene.get());
-    orvasf::OrvAmcReadSettings lSettings;
-    lSettings.mFramesPerSecond = pFramesPerSecond;
+    orvasf::OrvImportSettings lSettings;
     lSettings.mUseRotationOffset = pFlags.mUseRotationOffset;
     lSettings.mUsePreRotation = pFlags.mUsePreRotation;
-    orvasf::OrvAmcReader lReader;
-    const orvasf::OrvAmcReadResult lMotion = lReader.Read(pAmc.c_str(), lSkeleton->mScene, lSettings);
-    ASSERT_TRUE(lMotion.mSucceeded) << pAmc;
-    pImport.mRoot = lSkeleton->mScene.ASFToORV(pImport.mScene.get(), pImport.mScene->GetCurrentAnimationStack()->GetName(),
-                                               false, pFlags.mUseRotationOffset, pFlags.mUsePreRotation);
-    pImport.mScene->GetRootNode()->AddChild(pImport.mRoot);
-    pImport.mFrameCount = lMotion.mLastFrame - lMotion.mFirstFrame + 1;
+    lSettings.mFramesPerSecond = pFramesPerSecond;
+    orvasf::OrvImportResult lResult = orvasf::OrvImportAsf(pAsf, pAmc, lSettings);
+    ASSERT_TRUE(lResult.mSucceeded) << pAsf << " + " << pAmc;
+    pImport.mScene = std::move(lResult.mScene);
+    pImport.mRoot = lResult.mRoot;
+    pImport.mFrameCount = lResult.mFrameSpan;
 }
 
 // Exports the host skeleton below pRoot (unit scale) to the file pAsf and its motion over

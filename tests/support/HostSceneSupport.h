@@ -16,23 +16,19 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace orvsdk {
 namespace hosttest {
 
-struct SceneDeleter
-{
-    void operator()(OrvScene* pScene) const { pScene->Destroy(); }
-};
-using ScenePointer = std::unique_ptr<OrvScene, SceneDeleter>;
+// The scene owner under the name the host-layer tests use.
+using ScenePointer = OrvScenePtr;
 
 // A host scene holding a stack named pTake with one layer; the stack is the current one.
-inline ScenePointer CreateHostScene(const char* pTake = "Take")
+inline OrvScenePtr CreateHostScene(const char* pTake = "Take")
 {
-    ScenePointer lScene(OrvScene::Create("scene"));
+    OrvScenePtr lScene = OrvCreateScene("scene");
     OrvAnimStack* lStack = OrvAnimStack::Create(lScene.get(), pTake);
     OrvAnimLayer::Create(lStack, "Base");
     lScene->SetCurrentAnimationStack(lStack);

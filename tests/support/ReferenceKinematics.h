@@ -25,6 +25,7 @@
 
 #include "Math3.h"
 
+#include <algorithm>
 #include <array>
 #include <cctype>
 #include <cmath>
@@ -244,6 +245,33 @@ inline std::unordered_map<std::string, Vec3> HostWorldPositions(OrvNode* pNode, 
     std::unordered_map<std::string, Vec3> lPositions;
     HostWorldPositions(pNode, pTime, lPositions);
     return lPositions;
+}
+
+// The largest distance at pTime between the world positions of the host nodes below pRoot and
+// pSkeleton's pose of pValues (null: the rest pose): each bone's node against the bone's joint,
+// each "_End" node against the end of its leaf bone of positive length. Infinity when the nodes
+// are not exactly those.
+inline double LargestDistanceToPose(OrvNode* pRoot, OrvTime pTime, const Skeleton& pSkeleton, const double* pValues)
+{
+    const auto lHost = HostWorldPositions(pRoot, pTime);
+    const std::vector<BonePose> lPoses = Pose(pSkeleton, pValues);
+    std::vector<bool> lHasChildren(pSkeleton.mBones.size(), false);
+    for (const Bone& lBone : pSkeleton.mBones)
+        if (lBone.mParent >= 0) lHasChildren[lBone.mParent] = true;
+    double lLargest = 0.0;
+    size_t lExpectedNodes = 0;
+    const auto lCompare = [&](const std::string& pName, const Vec3& pExpected) {
+        ++lExpectedNodes;
+        const auto lFound = lHost.find(pName);
+        lLargest = lFound == lHost.end() ? HUGE_VAL : std::max(lLargest, Distance(lFound->second, pExpected));
+    };
+    for (size_t b = 0; b < pSkeleton.mBones.size(); ++b)
+    {
+        const Bone& lBone = pSkeleton.mBones[b];
+        lCompare(lBone.mName, lPoses[b].mStart);
+        if (!lHasChildren[b] && Distance(lBone.mVector, Vec3{}) > 0.0) lCompare(lBone.mName + "_End", lPoses[b].mEnd);
+    }
+    return lHost.size() == lExpectedNodes ? lLargest : HUGE_VAL;
 }
 
 } // namespace reference

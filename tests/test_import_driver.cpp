@@ -1,0 +1,256 @@
+// The import driver: what a refused skeleton or motion leaves in the result, that the two set-up
+// flags in every combination pose the bundled walker as an independent forward kinematics does,
+// and the warnings of settings whose result a user would not expect.
+
+#include "support/ReferenceKinematics.h"
+#include "support/ScratchFiles.h"
+
+#include "driver/OrvImportDriver.h"
+#include "orvsdk/asf/OrvFileAcclaimAsf.h"
+#include "orvsdk/host/anim/OrvAnimStack.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <vector>
+
+using namespace orvsdk;
+using orvasf::OrvImportResult;
+using orvasf::OrvImportSettings;
+using orvasf::OrvRotationFilter;
+
+namespace {
+
+const std::string kExamples = std::string(ORV_SOURCE_DIR) + "/examples/";
+const std::string kWalkerAsf = kExamples + "walker.asf";
+const std::string kWalkerAmc = kExamples + "walker.amc";
+
+// A file written for one test and removed afterwards.
+class ScratchFile
+{
+public:
+    ScratchFile(const std::string& pName, const std::string& pText) : mPath(testfiles::ScratchPath(pName))
+    {
+        std::ofstream(mPath, std::ios::binary) << pText;
+    }
+    ~ScratchFile() { std::remove(mPath.c_str()); }
+    const std::string& Path() const { return mPath; }
+
+private:
+    std::string mPath;
+};
+
+//   root   tx ty tz rx ry rz, at pPosition
+//   +-- thigh  rx ry rz (X, Y, Z)
+//       +-- shin  pShinDofs
+std::string LegSkeleton(const std::string& pPosition, const std::string& pShinDofs)
+{
+    return ":root\n  order TX TY TZ RX RY RZ\n  axis XYZ\n  position " + pPosition +
+           "\n  orientation 0 0 0\n:bonedata\n"
+           "  begin\n    name thigh\n    direction 0 -1 0\n    length 4\n    axis 0 0 0 XYZ\n    dof rx ry rz\n  end\n"
+           "  begin\n    name shin\n    direction 0 -1 0\n    length 4\n    axis 0 0 0 XYZ\n    dof " +
+           pShinDofs + "\n  end\n:hierarchy\n  begin\n    root thigh\n    thigh shin\n  end\n";
+}
+
+OrvImportSettings Settings(bool pUseRotationOffset, bool pUsePreRotation,
+                           OrvRotationFilter pFilter = OrvRotationFilter::eNone)
+{
+    OrvImportSettings lSettings;
+    lSettings.mUseRotationOffset = pUseRotationOffset;
+    lSettings.mUsePreRotation = pUsePreRotation;
+    lSettings.mRotationFilter = pFilter;
+    return lSettings;
+}
+
+// The warnings of pResult whose text contains pWords.
+int CountWarnings(const OrvImportResult& pResult, const std::string& pWords)
+{
+    return static_cast<int>(std::count_if(pResult.mMessages.begin(), pResult.mMessages.end(), [&](const OrvMessage& p) {
+        return p.mKind == OrvMessage::eWarning && p.mText.find(pWords) != std::string::npos;
+    }));
+}
+
+} // namespace
+
+// --- Refused files ---------------------------------------------------------------------------------
+
+namespace {
+
+struct Refusal
+{
+    const char* mName;
+    std::string mAsf;  // text of the skeleton; empty: the walker
+    std::string mAmc;  // text of the motion; empty: none
+    bool mMotionRefused;
+    std::string mError;
+    int mLine;
+};
+
+void PrintTo(const Refusal& pRefusal, std::ostream* pStream)
+{
+    *pStream << pRefusal.mName;
+}
+
+const std::string kRoot = ":root\n  order TX TY TZ RX RY RZ\n  axis XYZ\n";
+
+const Refusal kRefusals[] = {
+    {"ForbiddenBoneName", kRoot + ":bonedata\n  begin\n    name root\n  end\n", "", false, "Forbidden bone name", 6},
+    {"NoRoot", ":name nothing\n", "", false, "the file ends without a complete :root section", 1},
+    {"EndInsideASection", kRoot + ":bonedata\n  begin\n    name a\n", "", false, "the file ends inside a section", 6},
+    {"StopAfterAWarning", ":name\n" + kRoot, "", false, "reading stopped here (see the warning above)", 1},
+    {"MotionNotANumber", "", "1\nroot 0 0 0 0 0 0\nltibia 5x\n", true, "Not a number (5x)", 3},
+    {"MotionFramesFallBack", "", "2\nroot 0 0 0 0 0 0\n1\nroot 0 0 0 0 0 0\n", true,
+     "Frame number 1 does not follow frame 2", 3},
+};
+
+class RefusedImport : public ::testing::TestWithParam<Refusal>
+{
+};
+
+} // namespace
+
+TEST_P(RefusedImport, EndsWithTheErrorAtItsFileAndLineAndAttachesNoNode)
+{
+    const Refusal& lCase = GetParam();
+    const ScratchFile lAsf("driver.asf", lCase.mAsf);
+    const ScratchFile lAmc("driver.amc", lCase.mAmc);
+    const std::string lAsfPath = lCase.mAsf.empty() ? kWalkerAsf : lAsf.Path();
+    const std::string lAmcPath = lCase.mAmc.empty() ? "" : lAmc.Path();
+
+    const OrvImportResult lResult = orvasf::OrvImportAsf(lAsfPath, lAmcPath, OrvImportSettings());
+
+    EXPECT_FALSE(lResult.mSucceeded);
+    ASSERT_FALSE(lResult.mMessages.empty());
+    const OrvMessage& lError = lResult.mMessages.back();
+    EXPECT_EQ(OrvFormatMessage(lError), (lCase.mMotionRefused ? lAmcPath : lAsfPath) + ":" +
+                                            std::to_string(lCase.mLine) + ": error: " + lCase.mError);
+    EXPECT_EQ(lResult.mRoot, nullptr);
+    // A refused skeleton makes no scene; a refused motion leaves the scene without nodes, and its
+    // curves, still owned by the bones, go with the result.
+    ASSERT_EQ(lResult.mScene != nullptr, lCase.mMotionRefused);
+    EXPECT_TRUE(!lResult.mScene || lResult.mScene->GetRootNode()->GetChildCount() == 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, RefusedImport, ::testing::ValuesIn(kRefusals),
+                         [](const ::testing::TestParamInfo<Refusal>& pInfo) { return pInfo.param.mName; });
+
+TEST(ImportDriver, MissingSkeletonFileIsAnErrorNamingIt)
+{
+    const OrvImportResult lResult = orvasf::OrvImportAsf(kExamples + "missing.asf", "", OrvImportSettings());
+    EXPECT_FALSE(lResult.mSucceeded);
+    ASSERT_EQ(lResult.mMessages.size(), 1u);
+    EXPECT_EQ(lResult.mMessages[0].mKind, OrvMessage::eError);
+    EXPECT_EQ(lResult.mMessages[0].mFile, kExamples + "missing.asf");
+}
+
+// --- The set-up flags ------------------------------------------------------------------------------
+
+TEST(ImportDriver, EveryCombinationOfTheSetupFlagsPosesTheWalkerLikeTheReference)
+{
+    OrvAsfScene lRaw;
+    std::vector<OrvMessage> lMessages;
+    ASSERT_TRUE(orvasf::OrvReadSkeleton(kWalkerAsf, OrvImportSettings(), lRaw, lMessages));
+    const reference::Skeleton lSkeleton = reference::DescribeSkeleton(lRaw);
+    const reference::Motion lMotion = reference::ReadMotion(kWalkerAmc, lSkeleton);
+    ASSERT_EQ(lMotion.mFrames.size(), 240u);
+
+    for (const bool lUseRotationOffset : {false, true})
+        for (const bool lUsePreRotation : {false, true})
+        {
+            SCOPED_TRACE(::testing::Message() << "rotation offset " << lUseRotationOffset << ", pre-rotation "
+                                              << lUsePreRotation);
+            const OrvImportResult lResult =
+                orvasf::OrvImportAsf(kWalkerAsf, kWalkerAmc, Settings(lUseRotationOffset, lUsePreRotation));
+            ASSERT_TRUE(lResult.mSucceeded);
+            EXPECT_TRUE(lResult.mMessages.empty());
+            EXPECT_EQ(lResult.mFrameCount, 240);
+            EXPECT_EQ(lResult.mScene->GetRootNode()->GetChild(0), lResult.mRoot);
+            for (size_t f = 0; f < lMotion.mFrames.size(); f += 7)
+            {
+                const OrvTime lTime = OrvTime::FromFrame(static_cast<double>(f), 120.0);
+                EXPECT_LT(reference::LargestDistanceToPose(lResult.mRoot, lTime, lSkeleton,
+                                                           lMotion.mFrames[f].mValues.data()),
+                          1e-4)
+                    << "frame " << f;
+            }
+        }
+}
+
+// --- Warnings of surprising settings ---------------------------------------------------------------
+
+TEST(ImportDriver, GimbalKillerWarnsOnceOfBonesTurningInAnotherOrderThanXyzOrZyx)
+{
+    struct Case
+    {
+        std::string mShinDofs;
+        OrvRotationFilter mFilter;
+        int mWarnings;
+    };
+    const Case lCases[] = {
+        {"rx ry rz", OrvRotationFilter::eGimbalKiller, 0}, {"rz ry rx", OrvRotationFilter::eGimbalKiller, 0},
+        {"ry rx rz", OrvRotationFilter::eGimbalKiller, 1}, {"rz rx", OrvRotationFilter::eGimbalKiller, 1},
+        {"ry rx rz", OrvRotationFilter::eUnroll, 0},       {"ry rx rz", OrvRotationFilter::eNone, 0},
+        {"tx", OrvRotationFilter::eGimbalKiller, 0},
+    };
+    for (const Case& lCase : lCases)
+    {
+        SCOPED_TRACE(lCase.mShinDofs + ", filter " + std::to_string(static_cast<int>(lCase.mFilter)));
+        const ScratchFile lAsf("gimbal.asf", LegSkeleton("0 0 0", lCase.mShinDofs));
+        const OrvImportResult lResult = orvasf::OrvImportAsf(lAsf.Path(), "", Settings(true, true, lCase.mFilter));
+        ASSERT_TRUE(lResult.mSucceeded);
+        EXPECT_EQ(CountWarnings(lResult, "gimbal-killer"), lCase.mWarnings);
+        EXPECT_EQ(lResult.mMessages.size(), static_cast<size_t>(lCase.mWarnings));
+    }
+    // The walker has several such bones: still one warning, which counts them and names the first.
+    const OrvImportResult lWalker =
+        orvasf::OrvImportAsf(kWalkerAsf, "", Settings(false, false, OrvRotationFilter::eGimbalKiller));
+    ASSERT_EQ(CountWarnings(lWalker, "gimbal-killer"), 1);
+    EXPECT_NE(lWalker.mMessages[0].mText.find("(the first is "), std::string::npos);
+    EXPECT_EQ(lWalker.mMessages[0].mFile, kWalkerAsf);
+}
+
+TEST(ImportDriver, NonZeroRootPositionWarnsUnlessBothSetupFlagsAreSet)
+{
+    for (const char* lPosition : {"0 0 0", "0 0 1"})
+        for (const bool lUseRotationOffset : {false, true})
+            for (const bool lUsePreRotation : {false, true})
+            {
+                SCOPED_TRACE(::testing::Message() << "position " << lPosition << ", rotation offset "
+                                                  << lUseRotationOffset << ", pre-rotation " << lUsePreRotation);
+                const ScratchFile lAsf("position.asf", LegSkeleton(lPosition, "rx ry rz"));
+                const OrvImportResult lResult =
+                    orvasf::OrvImportAsf(lAsf.Path(), "", Settings(lUseRotationOffset, lUsePreRotation));
+                ASSERT_TRUE(lResult.mSucceeded);
+                const bool lWarns = std::string(lPosition) != "0 0 0" && !(lUseRotationOffset && lUsePreRotation);
+                EXPECT_EQ(CountWarnings(lResult, "root position is not zero"), lWarns ? 1 : 0);
+            }
+}
+
+// --- BVH -------------------------------------------------------------------------------------------
+
+TEST(ImportDriver, BvhImportsIntoTheNamedTakeAndARefusedFileLeavesNoNode)
+{
+    const std::string lHierarchy = "HIERARCHY\nROOT Hips\n{\n  OFFSET 0 0 0\n  CHANNELS 3 Xposition Yposition "
+                                   "Zposition\n  End Site\n  {\n    OFFSET 0 1 0\n  }\n}\nMOTION\n";
+    const ScratchFile lGood("driver.bvh", lHierarchy + "Frames: 2\nFrame Time: 0.5\n0 0 0\n1 2 3\n");
+    OrvImportSettings lSettings;
+    lSettings.mTakeName = "Walk";
+    const OrvImportResult lResult = orvasf::OrvImportBvh(lGood.Path(), lSettings);
+    ASSERT_TRUE(lResult.mSucceeded);
+    EXPECT_STREQ(lResult.mTake->GetName(), "Walk");
+    EXPECT_EQ(lResult.mScene->GetRootNode()->GetChild(0), lResult.mRoot);
+    EXPECT_EQ(lResult.mFrameCount, 2);
+    EXPECT_EQ(lResult.mFramesPerSecond, 2.0);
+    EXPECT_EQ(lResult.mSkeleton, nullptr);
+
+    const ScratchFile lCut("cut.bvh", lHierarchy + "Frames: 3\nFrame Time: 0.5\n0 0 0\n");
+    const OrvImportResult lRefused = orvasf::OrvImportBvh(lCut.Path(), lSettings);
+    EXPECT_FALSE(lRefused.mSucceeded);
+    EXPECT_EQ(lRefused.mRoot, nullptr);
+    EXPECT_EQ(lRefused.mScene->GetRootNode()->GetChildCount(), 0);
+    ASSERT_FALSE(lRefused.mMessages.empty());
+    EXPECT_EQ(lRefused.mMessages.back().mKind, OrvMessage::eError);
+}
