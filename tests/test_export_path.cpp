@@ -42,7 +42,7 @@ std::vector<int> Dofs(const OrvAsfNode* pBone)
 class ExportPath : public ::testing::Test
 {
 protected:
-    ScenePointer mScene = CreateHostScene();
+    OrvScenePtr mScene = CreateHostScene();
     OrvNode* mHostRoot = AddNode(mScene->GetRootNode(), "R", false);  // no skeleton attribute
     OrvAsfScene mAsf;
 };
@@ -281,7 +281,7 @@ reference::Skeleton DescribeFile(const std::string& pPath)
 // to pOutput.
 void ExportThroughHost(const std::string& pInput, Pairing pPairing, const std::string& pOutput)
 {
-    ScenePointer lHost = CreateHostScene();
+    OrvScenePtr lHost = CreateHostScene();
     const auto lImported = ReadAsfFile(pInput, false, pPairing.mFlags);
     ASSERT_TRUE(lImported->mRead);
     OrvNode* lRoot = lImported->mScene.ASFToORV(lHost.get(), "Take", true, pPairing.mFlags.mUseRotationOffset,

@@ -41,7 +41,7 @@ protected:
         return mScene->RootProperty.GetSrcObjectCount(OrvCriteria::ObjectType(pClass));
     }
 
-    hosttest::ScenePointer mScene;
+    OrvScenePtr mScene;
     OrvNode* mNode;
 };
 

@@ -51,7 +51,7 @@ protected:
         return OrvVector4(mCurves[0]->KeyGetValue(pKey), mCurves[1]->KeyGetValue(pKey), mCurves[2]->KeyGetValue(pKey));
     }
 
-    hosttest::ScenePointer mScene;
+    OrvScenePtr mScene;
     OrvAnimCurve* mCurves[3];
 };
 

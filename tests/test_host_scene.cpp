@@ -21,9 +21,9 @@ using namespace orvsdk::hosttest;
 
 namespace {
 
-ScenePointer MakeScene()
+OrvScenePtr MakeScene()
 {
-    return ScenePointer(OrvScene::Create("Scene"));
+    return OrvCreateScene("Scene");
 }
 
 // The X, Y, Z angles pAngles applied one axis after the other in the sequence of pOrder, or the
@@ -90,7 +90,7 @@ TEST(HostNodeTransform, LocalTransformComposesOffsetPreRotationOrderPostRotation
     for (int lOrder = 0; lOrder < 6; ++lOrder)
     {
         SCOPED_TRACE(lOrder);
-        ScenePointer lScene = MakeScene();
+        OrvScenePtr lScene = MakeScene();
         OrvNode* lNode = MakeTransformedNode(*lScene, static_cast<OrvEuler::EOrder>(lOrder));
         ExpectMatrixNear(ExpectedLocal(kOffsetTranslation, kRotation, lOrder), lNode->EvaluateLocalTransform());
     }
@@ -98,7 +98,7 @@ TEST(HostNodeTransform, LocalTransformComposesOffsetPreRotationOrderPostRotation
 
 TEST(HostNodeTransform, InactiveRotationIgnoresOrderPreAndPostRotationButKeepsOffset)
 {
-    ScenePointer lScene = MakeScene();
+    OrvScenePtr lScene = MakeScene();
     OrvNode* lNode = MakeTransformedNode(*lScene, OrvEuler::eOrderZYX);
     lNode->SetRotationActive(false);
     ExpectMatrixNear(TranslationScaling(kOffsetTranslation) * RotationInSequence(kRotation, 0) *
@@ -108,7 +108,7 @@ TEST(HostNodeTransform, InactiveRotationIgnoresOrderPreAndPostRotationButKeepsOf
 
 TEST(HostNodeTransform, DestinationPivotSettingsDoNotTakePartInEvaluation)
 {
-    ScenePointer lScene = MakeScene();
+    OrvScenePtr lScene = MakeScene();
     OrvNode* lNode = MakeTransformedNode(*lScene, OrvEuler::eOrderYZX);
     const OrvAMatrix lBefore = lNode->EvaluateLocalTransform();
     lNode->SetRotationOrder(OrvNode::eDestinationPivot, OrvEuler::eOrderXYZ);
@@ -122,7 +122,7 @@ TEST(HostNodeTransform, DestinationPivotSettingsDoNotTakePartInEvaluation)
 
 TEST(HostNodeTransform, CurvesAreInterpolatedAndAnEmptyCurveLeavesTheChannelValue)
 {
-    ScenePointer lScene = MakeScene();
+    OrvScenePtr lScene = MakeScene();
     OrvNode* lNode = MakeTransformedNode(*lScene, OrvEuler::eOrderZXY);
     const int64_t lStart = OrvTime::FromSeconds(1.0).Get();
     const int64_t lEnd = OrvTime::FromSeconds(2.0).Get();
@@ -156,7 +156,7 @@ TEST(HostNodeTransform, GlobalTransformIsTheProductOfLocalTransformsFromTheTopDo
     // └── Hips
     //     └── Spine
     //         └── Head
-    ScenePointer lScene = MakeScene();
+    OrvScenePtr lScene = MakeScene();
     OrvNode* lHips = MakeTransformedNode(*lScene, OrvEuler::eOrderXZY);
     OrvNode* lSpine = MakeTransformedNode(*lScene, OrvEuler::eOrderYXZ);
     OrvNode* lHead = OrvNode::Create(lScene.get(), "Head");
@@ -176,7 +176,7 @@ TEST(HostNodeTransform, GlobalTransformIsTheProductOfLocalTransformsFromTheTopDo
 
 TEST(HostProperty, ValuesAreReadAndWrittenOnlyWithTheirOwnTypeCode)
 {
-    ScenePointer lScene = MakeScene();
+    OrvScenePtr lScene = MakeScene();
     OrvNode* lNode = OrvNode::Create(lScene.get(), "Joint");
     double lScale[3] = {0.0, 0.0, 0.0};
     ASSERT_TRUE(lNode->LclScaling.Get(lScale, eOrvDouble3));
@@ -196,7 +196,7 @@ TEST(HostProperty, ValuesAreReadAndWrittenOnlyWithTheirOwnTypeCode)
 
 TEST(HostScene, ObjectsAreConnectedToTheirSceneAndFoundByTypeAndName)
 {
-    ScenePointer lScene = MakeScene();
+    OrvScenePtr lScene = MakeScene();
     OrvNode* lNode = OrvNode::Create(lScene.get(), "ns:Hips");
     OrvAnimStack* lWalk = OrvAnimStack::Create(lScene.get(), "Walk");
     OrvAnimStack* lRun = OrvAnimStack::Create(lScene.get(), "Run");
@@ -223,7 +223,7 @@ TEST(HostScene, DestroyDisconnectsOrTakesTheObjectsBelowButNeverTheRootNode)
     //     │   └── Head
     //     └── Leg (skeleton attribute)
     //         └── Foot
-    ScenePointer lScene = MakeScene();
+    OrvScenePtr lScene = MakeScene();
     OrvNode* lRoot = lScene->GetRootNode();
     OrvNode* lHips = OrvNode::Create(lRoot, "Hips");
     OrvNode* lSpine = OrvNode::Create(lHips, "Spine");
@@ -265,8 +265,8 @@ TEST(HostScene, SceneDestroyFreesEverythingItOwns)
 
 TEST(HostScene, ObjectsOfAnotherSceneCannotBeConnected)
 {
-    ScenePointer lFirst = MakeScene();
-    ScenePointer lSecond = MakeScene();
+    OrvScenePtr lFirst = MakeScene();
+    OrvScenePtr lSecond = MakeScene();
     OrvNode* lNode = OrvNode::Create(lFirst.get(), "Hips");
 
     EXPECT_FALSE(lNode->AddChild(OrvNode::Create(lSecond.get(), "Hips")));
@@ -281,7 +281,7 @@ TEST(HostScene, ObjectsOfAnotherSceneCannotBeConnected)
 TEST(HostNodeHierarchy, AddChildReparentsAndRefusesCycles)
 {
     // A -> B -> C, then C moved under A.
-    ScenePointer lScene = MakeScene();
+    OrvScenePtr lScene = MakeScene();
     OrvNode* lA = OrvNode::Create(lScene.get(), "A");
     OrvNode* lB = OrvNode::Create(lA, "B");
     OrvNode* lC = OrvNode::Create(lB, "C");
@@ -311,7 +311,7 @@ TEST(HostNodeHierarchy, FindChildSearchesDirectChildrenBeforeSubtreesInChildOrde
     // ├── B
     // │   └── Target       (depth 2, under the second child)
     // └── C
-    ScenePointer lScene = MakeScene();
+    OrvScenePtr lScene = MakeScene();
     OrvNode* lTop = OrvNode::Create(lScene.get(), "Top");
     OrvNode* lA = OrvNode::Create(lTop, "A");
     OrvNode* lB = OrvNode::Create(lTop, "B");
@@ -330,7 +330,7 @@ TEST(HostNodeHierarchy, FindChildSearchesDirectChildrenBeforeSubtreesInChildOrde
 
 TEST(HostNodeHierarchy, NodeAttributeIsReplacedAndSkeletonRecognised)
 {
-    ScenePointer lScene = MakeScene();
+    OrvScenePtr lScene = MakeScene();
     OrvNode* lNode = OrvNode::Create(lScene.get(), "Hips");
     OrvSkeleton* lSkeleton = OrvSkeleton::Create(lScene.get(), "");
     lSkeleton->SetSkeletonType(OrvSkeleton::eLimbNode);

@@ -22,9 +22,6 @@
 namespace orvsdk {
 namespace hosttest {
 
-// The scene owner under the name the host-layer tests use.
-using ScenePointer = OrvScenePtr;
-
 // A host scene holding a stack named pTake with one layer; the stack is the current one.
 inline OrvScenePtr CreateHostScene(const char* pTake = "Take")
 {
