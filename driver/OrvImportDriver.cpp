@@ -123,7 +123,8 @@ bool SampleMotion(const std::string& pAmcPath, const OrvImportSettings& pSetting
     Append(pResult.mMessages, lMotion.mMessages);
     pResult.mHasMotion = true;
     pResult.mFrameCount = lMotion.mFrameCount;
-    pResult.mFrameSpan = lMotion.mFrameCount > 0 ? lMotion.mLastFrame - lMotion.mFirstFrame + 1 : 0;
+    if (lMotion.mFrameCount > 0)
+        pResult.mFrameSpan = static_cast<int64_t>(lMotion.mLastFrame) - lMotion.mFirstFrame + 1;
     return lMotion.mSucceeded;
 }
 

@@ -73,7 +73,9 @@ struct OrvImportResult
     int mJointCount = 0;      // bones (root included) or BVH joints, end sites not counted
     bool mHasMotion = false;  // a motion file was read
     int mFrameCount = 0;      // frames the motion file holds
-    int mFrameSpan = 0;       // frame indices from the first frame to the last: (last - first) + 1
+    // Frame indices from the first frame to the last, (last - first) + 1: frame numbers may lie
+    // anywhere in the int range, so the span takes 64 bits.
+    int64_t mFrameSpan = 0;
     double mFramesPerSecond = 0.0;
     // The rest translations sit in the nodes' rotation offsets, so the local transforms carry
     // the motion alone.

@@ -45,7 +45,7 @@ inline void ImportAsfAmc(const std::string& pAsf, const std::string& pAmc, Setup
     ASSERT_TRUE(lResult.mSucceeded) << pAsf << " + " << pAmc;
     pImport.mScene = std::move(lResult.mScene);
     pImport.mRoot = lResult.mRoot;
-    pImport.mFrameCount = lResult.mFrameSpan;
+    pImport.mFrameCount = static_cast<int>(lResult.mFrameSpan);
 }
 
 // Exports the host skeleton below pRoot (unit scale) to the file pAsf and its motion over

@@ -12,7 +12,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <filesystem>
+#include <limits>
 
 namespace orvasf::tool {
 
@@ -49,10 +51,12 @@ std::string UsageProblem(const ConvertCommandOptions& pOptions, EFormat pInput, 
     return std::string();
 }
 
-// Frames to write: the motion's span, or the rest pose alone without a motion.
+// Frames to write: the motion's span (at most the writers' int range), or the rest pose alone
+// without a motion.
 int FramesToWrite(const OrvImportResult& pImport)
 {
-    return pImport.mFrameSpan > 0 ? pImport.mFrameSpan : 1;
+    if (pImport.mFrameSpan <= 0) return 1;
+    return static_cast<int>(std::min<int64_t>(pImport.mFrameSpan, std::numeric_limits<int>::max()));
 }
 
 bool WriteBvh(const std::string& pPath, const OrvImportResult& pImport)

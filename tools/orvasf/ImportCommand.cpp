@@ -28,7 +28,7 @@ std::string Duration(double pSeconds)
 std::string FramesText(const OrvImportResult& pImport)
 {
     if (!pImport.mHasMotion) return "none (no motion file)";
-    const int lSpan = pImport.mFrameSpan > 0 ? pImport.mFrameSpan - 1 : 0;
+    const double lSpan = pImport.mFrameSpan > 0 ? static_cast<double>(pImport.mFrameSpan - 1) : 0.0;
     char lText[96];
     std::snprintf(lText, sizeof lText, "%d at %g fps (%.3f s)", pImport.mFrameCount, pImport.mFramesPerSecond,
                   lSpan / pImport.mFramesPerSecond);
