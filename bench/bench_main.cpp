@@ -3,6 +3,8 @@
 // on it, then all together.
 #include "bench/BenchSupport.h"
 
+#include "orvsdk/host/scene/OrvPoseEvaluator.h"
+
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -225,6 +227,27 @@ void BM_WorldPositionsPerFrame(benchmark::State& pState)
     pState.SetLabel("items = frames, every node");
 }
 BENCHMARK(BM_WorldPositionsPerFrame);
+
+// The same with the whole-pose evaluator: one top-down pass over every node per frame.
+void BM_PoseEvaluatorPerFrame(benchmark::State& pState)
+{
+    const MotionPair lPair = ImportPair();
+    if (!PairReadable(pState, lPair)) return;
+    const orvasf::OrvImportResult lImport = orvasf::OrvImportAsf(lPair.mSkeleton, lPair.mMotion, orvasf::OrvImportSettings());
+    const int lFrameCount = std::max(lImport.mFrameCount, 1);
+    const orvsdk::OrvPoseEvaluator lEvaluator(lImport.mRoot, lImport.mTake);
+    std::vector<orvsdk::OrvAMatrix> lGlobals(static_cast<size_t>(lEvaluator.GetNodeCount()));
+    int lFrame = 0;
+    for (auto lIteration : pState)
+    {
+        lEvaluator.EvaluateGlobals(orvsdk::OrvTime::FromFrame(lFrame++ % lFrameCount, kFramesPerSecond), lGlobals.data());
+        benchmark::DoNotOptimize(lGlobals.data());
+    }
+    pState.SetItemsProcessed(pState.iterations());
+    pState.counters["nodes"] = static_cast<double>(lGlobals.size());
+    pState.SetLabel("items = frames, every node");
+}
+BENCHMARK(BM_PoseEvaluatorPerFrame);
 
 } // namespace
 

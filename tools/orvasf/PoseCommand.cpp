@@ -1,6 +1,6 @@
+#include "orvsdk/host/scene/OrvPoseEvaluator.h"
 #include "tools/orvasf/Commands.h"
 #include "tools/orvasf/ExitStatus.h"
-#include "tools/orvasf/HostSceneWalk.h"
 #include "tools/orvasf/MessagePrinter.h"
 #include "tools/orvasf/OutputText.h"
 #include "tools/orvasf/PoseCsvWriter.h"
@@ -44,7 +44,8 @@ int RunPose(const PoseCommandOptions& pOptions)
     if (!lFrames) return eUsageError;
     OutputText lOutput("CSV");
     if (!lOutput.Open(pOptions.mOutputPath)) return eOutputFailed;
-    const bool lWritten = WritePoseCsv(CollectNodes(lImport.mRoot), *lFrames, lImport.mFramesPerSecond, lOutput);
+    const bool lWritten = WritePoseCsv(orvsdk::OrvPoseEvaluator(lImport.mRoot, lImport.mTake), *lFrames,
+                                       lImport.mFramesPerSecond, lOutput);
     return lOutput.Close() && lWritten ? eSuccess : eOutputFailed;
 }
 

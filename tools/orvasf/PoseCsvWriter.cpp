@@ -1,7 +1,8 @@
 #include "tools/orvasf/PoseCsvWriter.h"
 
-#include "orvsdk/host/scene/OrvNode.h"
 #include "orvsdk/host/core/OrvTime.h"
+#include "orvsdk/host/scene/OrvNode.h"
+#include "orvsdk/host/scene/OrvPoseEvaluator.h"
 #include "tools/orvasf/OutputText.h"
 
 #include <charconv>
@@ -40,35 +41,41 @@ void AppendField(std::string& pText, const char* pField)
     pText += '"';
 }
 
-std::string FrameRows(const std::vector<orvsdk::OrvNode*>& pNodes, int pFrame, double pFramesPerSecond)
+// The rows of one frame, replacing pRows; pGlobals is the evaluator's working room.
+void FrameRows(const orvsdk::OrvPoseEvaluator& pEvaluator, int pFrame, double pFramesPerSecond,
+               std::vector<orvsdk::OrvAMatrix>& pGlobals, std::string& pRows)
 {
-    const orvsdk::OrvTime lTime = orvsdk::OrvTime::FromFrame(pFrame, pFramesPerSecond);
-    std::string lRows;
-    for (orvsdk::OrvNode* lNode : pNodes)
+    pEvaluator.EvaluateGlobals(orvsdk::OrvTime::FromFrame(pFrame, pFramesPerSecond), pGlobals.data());
+    pRows.clear();
+    const std::vector<orvsdk::OrvNode*>& lNodes = pEvaluator.GetNodes();
+    for (size_t lNode = 0; lNode < lNodes.size(); ++lNode)
     {
-        const orvsdk::OrvVector4 lPosition = lNode->EvaluateGlobalTransform(lTime).GetT();
-        lRows += std::to_string(pFrame);
-        lRows += ',';
-        AppendField(lRows, lNode->GetName());
+        pRows += std::to_string(pFrame);
+        pRows += ',';
+        AppendField(pRows, lNodes[lNode]->GetName());
         for (int i = 0; i < 3; ++i)
         {
-            lRows += ',';
-            AppendFixed(lRows, lPosition[i]);
+            pRows += ',';
+            AppendFixed(pRows, pGlobals[lNode](i, 3));
         }
-        lRows += '\n';
+        pRows += '\n';
     }
-    return lRows;
 }
 
 } // namespace
 
-bool WritePoseCsv(const std::vector<orvsdk::OrvNode*>& pNodes, const std::vector<FrameRange>& pFrames,
+bool WritePoseCsv(const orvsdk::OrvPoseEvaluator& pEvaluator, const std::vector<FrameRange>& pFrames,
                   double pFramesPerSecond, OutputText& pOutput)
 {
+    std::vector<orvsdk::OrvAMatrix> lGlobals(static_cast<size_t>(pEvaluator.GetNodeCount()));
+    std::string lRows;
     bool lWritten = pOutput.Write("frame,joint,x,y,z\n");
     for (const FrameRange& lRange : pFrames)
         for (int lFrame = lRange.mFirst; lFrame <= lRange.mLast && lWritten; ++lFrame)
-            lWritten = pOutput.Write(FrameRows(pNodes, lFrame, pFramesPerSecond));
+        {
+            FrameRows(pEvaluator, lFrame, pFramesPerSecond, lGlobals, lRows);
+            lWritten = pOutput.Write(lRows);
+        }
     return lWritten;
 }
 

@@ -6,20 +6,20 @@
 #include <vector>
 
 namespace orvsdk {
-class OrvNode;
+class OrvPoseEvaluator;
 }
 
 namespace orvasf::tool {
 
 class OutputText;
 
-// Writes the world positions of pNodes at the given frames as CSV: the header
+// Writes the world positions of the evaluator's nodes at the given frames as CSV: the header
 // "frame,joint,x,y,z", then one row per frame and node, frames in the order of pFrames, nodes
-// in the given order. Frame i is evaluated at time i / pFramesPerSecond; positions are the
+// in the evaluator's order. Frame i is evaluated at time i / pFramesPerSecond; positions are the
 // nodes' global translations in the scene's unit (centimetres for imported skeletons), printed
-// with four decimals whatever the locale. Costs frames x nodes x depth evaluations; streams
-// row by row. False once a write failed.
-bool WritePoseCsv(const std::vector<orvsdk::OrvNode*>& pNodes, const std::vector<FrameRange>& pFrames,
+// with four decimals whatever the locale. Costs one whole-pose evaluation per frame; streams
+// frame by frame. False once a write failed.
+bool WritePoseCsv(const orvsdk::OrvPoseEvaluator& pEvaluator, const std::vector<FrameRange>& pFrames,
                   double pFramesPerSecond, OutputText& pOutput);
 
 } // namespace orvasf::tool

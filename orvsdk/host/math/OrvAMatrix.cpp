@@ -120,6 +120,12 @@ void OrvAMatrix::SetR(const OrvVector4& pAngles, int pOrder)
         for (int lColumn = 0; lColumn < 3; ++lColumn) mData[lRow][lColumn] = lRotation[lRow][lColumn];
 }
 
+void OrvAMatrix::SetRInOrder(const OrvVector4& pXyzAngles, int pOrder)
+{
+    const int* lAxes = OrvEuler::AxisTable[ValidOrder(pOrder)];
+    SetR(OrvVector4(pXyzAngles[lAxes[0]], pXyzAngles[lAxes[1]], pXyzAngles[lAxes[2]]), pOrder);
+}
+
 // With i, j, k the order's axes and M = R_k(g) R_j(b) R_i(a), s is +1 when (i, j, k) is a
 // cyclic permutation of (X, Y, Z) and -1 otherwise. Column i of M is R_k(g) applied to
 // (cos b, 0, -s sin b) in the (i, j, k) frame, which gives b and g. Undoing R_k(g) leaves

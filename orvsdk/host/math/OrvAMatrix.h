@@ -31,6 +31,9 @@ public:
     // Rz(z) * Ry(y) * Rx(x). An order outside 0 to 5 is taken as 0.
     void SetR(const OrvVector4& pAngles, int pOrder);
     void SetR(const OrvVector4& pAngles) { SetR(pAngles, 0); }
+    // Makes the 3x3 part the rotation of the X, Y, Z angles pXyzAngles applied in the sequence of
+    // pOrder (0 to 5): SetR of the angles picked from pXyzAngles along AxisTable[pOrder].
+    void SetRInOrder(const OrvVector4& pXyzAngles, int pOrder);
 
     // Inverse of SetR: the Euler angles of the 3x3 part's rotation in pOrder's own sequence
     // (component k belongs to the k-th rotation of the order), so SetR(GetR(o), o) rebuilds the

@@ -21,14 +21,6 @@ OrvCriteria NodeCriteria()
 }
 
 // The rotation matrix of the X, Y, Z angles pAngles applied in the sequence of pOrder.
-OrvAMatrix RotationInOrder(const OrvVector4& pAngles, int pOrder)
-{
-    const int* lAxes = OrvEuler::AxisTable[pOrder];
-    OrvAMatrix lRotation;
-    lRotation.SetR(OrvVector4(pAngles[lAxes[0]], pAngles[lAxes[1]], pAngles[lAxes[2]]), pOrder);
-    return lRotation;
-}
-
 // The first direct child of pNode named exactly pName, null when none is.
 OrvNode* ChildNamed(const OrvNode& pNode, const char* pName)
 {
@@ -259,7 +251,8 @@ OrvAMatrix OrvNode::EvaluateLocalTransform(OrvTime pTime)
         if (lPivot.mRotationOrder >= OrvEuler::eOrderXYZ && lPivot.mRotationOrder <= OrvEuler::eOrderZYX)
             lOrder = lPivot.mRotationOrder;
     }
-    const OrvAMatrix lRotation = RotationInOrder(EvaluateLocalRotation(pTime), lOrder);
+    OrvAMatrix lRotation;
+    lRotation.SetRInOrder(EvaluateLocalRotation(pTime), lOrder);
 
     OrvAMatrix lScaling;
     lScaling.SetS(EvaluateLocalScaling(pTime));
