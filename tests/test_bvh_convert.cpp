@@ -74,36 +74,12 @@ TEST_F(ConvertTest, WritesTheMotionWhereMotionOutSays)
     EXPECT_NE(ReadFile(WorkPath("small2.bvh")).find("Frames: 2\n"), std::string::npos);
 }
 
-TEST_F(ConvertTest, RefusedBvhInputsExitWithOneAndNameTheLine)
+TEST_F(ConvertTest, RefusedBvhInputExitsWithOneAndNamesTheLine)
 {
-    struct Case
-    {
-        std::string mText;
-        std::string mMessage; // after the file name
-    };
-    const std::string lSmall = kSmallBvh;
-    auto lReplaced = [&lSmall](const std::string& pFrom, const std::string& pTo) {
-        std::string lText = lSmall;
-        return lText.replace(lText.find(pFrom), pFrom.size(), pTo);
-    };
-    const Case lCases[] = {
-        {lSmall.substr(0, lSmall.find("  JOINT Chest")),
-         ":5: error: The file ends inside the hierarchy: joint \"Hips\" is not closed"},
-        {lReplaced("40 50 60", "40 50"), ":20: error: Frame 2 holds 8 values; the hierarchy has 9 channels"},
-        {lReplaced("Zrotation Xrotation Yrotation\n    End", "Zrotation Xrotation Vrotation\n    End"),
-         ":9: error: Unknown channel name \"Vrotation\" in joint \"Chest\" (expected Xposition, Yposition, "
-         "Zposition, Xrotation, Yrotation or Zrotation)"},
-        {lReplaced("Frames: 2\n", ""),
-         ":17: error: Expected \"Frames:\" after MOTION, found \"Frame Time: 0.0333333\""},
-    };
-    for (const Case& lCase : lCases)
-    {
-        WriteFile(WorkPath("bad.bvh"), lCase.mText);
-        const ToolRun lRun = Run("convert " + Work("bad.bvh") + " -o " + Work("out.asf"));
-        EXPECT_EQ(lRun.mStatus, 1) << lCase.mMessage;
-        EXPECT_EQ(lRun.mErr, WorkPath("bad.bvh").string() + lCase.mMessage + "\n");
-        EXPECT_FALSE(fs::exists(WorkPath("out.asf")));
-    }
+    const ToolRun lRun = Run("convert " + SmallBvh("bad.bvh", "40 50 60", "40 50") + " -o " + Work("out.asf"));
+    EXPECT_EQ(lRun.mStatus, 1);
+    EXPECT_EQ(lRun.mErr, WorkPath("bad.bvh").string() + ":20: error: Frame 2 holds 8 values; the hierarchy has 9 channels\n");
+    EXPECT_EQ(WorkFolderEntries(), std::vector<std::string>{"bad.bvh"});
 }
 
 TEST_F(ConvertTest, UsageErrorsExitWithTwoAndUnwritableOutputsWithThree)

@@ -99,79 +99,40 @@ std::string Replace(std::string pText, const std::string& pFrom, const std::stri
     return pText;
 }
 
-OrvEuler::EOrder OrderOf(const OrvNode* pNode)
-{
-    OrvEuler::EOrder lOrder = OrvEuler::eOrderXYZ;
-    pNode->GetRotationOrder(OrvNode::eSourcePivot, lOrder);
-    return lOrder;
-}
-
 } // namespace
 
-TEST_F(BvhReader, BuildsOneNodePerJointAndEndSiteWithOffsetsInTheRotationOffset)
+// Where the positions cannot tell: the counts, the skeleton types, offsets in the rotation offset
+// rather than the translation, a name-space prefix kept, and no curve for a channel not listed.
+TEST_F(BvhReader, BuildsOneNodePerJointAndEndSiteAndOneCurvePerListedChannel)
 {
-    const orvasf::OrvBvhReadResult lResult = Read(kSmallBvh);
+    const orvasf::OrvBvhReadResult lResult = Read(Replace(kSmallBvh, "ROOT Hips", "ROOT mixamorig:Hips"));
     ASSERT_TRUE(lResult.mSucceeded) << ::testing::PrintToString(Messages());
     EXPECT_EQ(lResult.mJointCount, 3);
     EXPECT_EQ(lResult.mEndSiteCount, 2);
     EXPECT_EQ(lResult.mChannelCount, 14);
-    EXPECT_EQ(lResult.mFrameCount, 3);
-    EXPECT_DOUBLE_EQ(lResult.mFramesPerSecond, 25.0);
     EXPECT_TRUE(lResult.mHasJointTranslation);
 
     OrvNode* lHips = lResult.mRoot;
     ASSERT_EQ(mScene->GetRootNode()->GetChild(0), lHips);
-    EXPECT_STREQ(lHips->GetName(), "Hips");
+    EXPECT_STREQ(lHips->GetName(), "mixamorig:Hips");
     EXPECT_EQ(lHips->GetSkeleton()->GetSkeletonType(), OrvSkeleton::eRoot);
-    ASSERT_EQ(lHips->GetChildCount(), 2);
-    OrvNode* lChest = lHips->GetChild(0);
     OrvNode* lLeg = lHips->GetChild(1);
-    EXPECT_STREQ(lChest->GetName(), "Chest");
-    EXPECT_STREQ(lLeg->GetName(), "Leg");
-    ASSERT_EQ(lChest->GetChildCount(), 1);
-    EXPECT_STREQ(lChest->GetChild(0)->GetName(), "Chest_End");
-    EXPECT_STREQ(lLeg->GetChild(0)->GetName(), "Leg_End");
     EXPECT_EQ(lLeg->GetChild(0)->GetSkeleton()->GetSkeletonType(), OrvSkeleton::eLimbNode);
-
-    EXPECT_EQ(lHips->GetRotationOffset(OrvNode::eSourcePivot), OrvVector4(1, 2, 3));
     EXPECT_EQ(lLeg->GetRotationOffset(OrvNode::eSourcePivot), OrvVector4(3, -1, 0));
-    EXPECT_EQ(lLeg->GetChild(0)->GetRotationOffset(OrvNode::eSourcePivot), OrvVector4(0, -8, 0));
     EXPECT_EQ(lLeg->EvaluateLocalTranslation(OrvTime()), OrvVector4(0, 0, 0));
-    EXPECT_EQ(lHips->GetPreRotation(OrvNode::eSourcePivot), OrvVector4());
-}
 
-TEST_F(BvhReader, RotationOrderIsTheReverseOfTheListedRotationChannels)
-{
-    ASSERT_TRUE(Read(kSmallBvh).mSucceeded);
-    OrvNode* lHips = mScene->GetRootNode()->GetChild(0);
-    EXPECT_TRUE(lHips->GetRotationActive());
-    EXPECT_EQ(OrderOf(lHips), OrvEuler::eOrderYXZ);              // Z X Y listed: Y applies first
-    EXPECT_EQ(OrderOf(lHips->GetChild(0)), OrvEuler::eOrderZYX); // X Y Z listed
-    EXPECT_EQ(OrderOf(lHips->GetChild(1)), OrvEuler::eOrderZYX); // Y Z listed; X never turns
-}
-
-TEST_F(BvhReader, EveryChannelGetsOneCurveKeyedAtEveryFrame)
-{
-    ASSERT_TRUE(Read(kSmallBvh).mSucceeded);
-    OrvNode* lLeg = mScene->GetRootNode()->GetChild(0)->GetChild(1);
+    // Leg lists Yrotation Xposition Zrotation Yposition Zposition.
     OrvAnimCurveNode* lTranslation = lLeg->LclTranslation.GetCurveNode(mStack);
     OrvAnimCurveNode* lRotation = lLeg->LclRotation.GetCurveNode(mStack);
     ASSERT_NE(lTranslation, nullptr);
     ASSERT_NE(lRotation, nullptr);
-    for (unsigned lChannel = 0; lChannel < 3; ++lChannel) EXPECT_EQ(lTranslation->GetCurveCount(lChannel), 1);
-    EXPECT_EQ(lRotation->GetCurveCount(0), 0);
-    EXPECT_EQ(lRotation->GetCurveCount(1), 1);
-    EXPECT_EQ(lRotation->GetCurveCount(2), 1);
-
-    // Leg's channels are values 9 to 13 of a frame: Yrotation Xposition Zrotation Yposition Zposition.
-    const OrvAnimCurve* lXposition = lTranslation->GetCurve(0);
-    EXPECT_STREQ(lXposition->GetName(), "Leg_Xposition");
-    ASSERT_EQ(lXposition->KeyGetCount(), 3);
-    EXPECT_FLOAT_EQ(lXposition->KeyGetValue(1), 1.0f);
-    EXPECT_FLOAT_EQ(lXposition->KeyGetValue(2), -1.0f);
-    EXPECT_EQ(lXposition->KeyGetTime(2), OrvTime::FromFrame(2, 25.0));
-    EXPECT_FLOAT_EQ(lRotation->GetCurve(2)->KeyGetValue(2), 88.0f);
-    EXPECT_FLOAT_EQ(lRotation->GetCurve(1)->KeyGetValue(1), 15.0f);
+    for (unsigned lChannel = 0; lChannel < 3; ++lChannel)
+    {
+        EXPECT_EQ(lTranslation->GetCurveCount(lChannel), 1);
+        EXPECT_EQ(lRotation->GetCurveCount(lChannel), lChannel == 0 ? 0 : 1);
+    }
+    EXPECT_STREQ(lTranslation->GetCurve(0)->GetName(), "Leg_Xposition");
+    EXPECT_EQ(lTranslation->GetCurve(0)->KeyGetCount(), 3);
 }
 
 TEST_F(BvhReader, AllSixRotationOrdersPoseLikeTheBvhMeaning)
@@ -225,13 +186,6 @@ TEST_F(BvhReader, HostWorldPositionsFollowTheBvhMeaningInEveryLayoutOfRealFiles)
         EXPECT_DOUBLE_EQ(lResult.mFrameTime, 0.04);
         EXPECT_LT(LargestDifference(kSmallBvh, lResult.mRoot, lResult.mFramesPerSecond), 1e-4);
     }
-}
-
-TEST_F(BvhReader, KeepsNameSpacePrefixesInNodeNames)
-{
-    const orvasf::OrvBvhReadResult lResult = Read(Replace(kSmallBvh, "ROOT Hips", "ROOT mixamorig:Hips"));
-    ASSERT_TRUE(lResult.mSucceeded);
-    EXPECT_STREQ(lResult.mRoot->GetName(), "mixamorig:Hips");
 }
 
 TEST_F(BvhReader, WarnsAboutTextAfterTheAnnouncedFrames)

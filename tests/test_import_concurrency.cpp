@@ -25,41 +25,24 @@ struct ImportCase
     orvasf::OrvImportSettings mSettings;
 };
 
-// What an import leaves behind: the frame count and every joint's world position at a few
-// times, in the skeleton's pre-order.
-struct ImportOutcome
+// What an import leaves behind: its frame count, then every joint's world position at a few
+// times, in the skeleton's pre-order; empty when the import failed or a bone got no node.
+std::vector<double> Import(const ImportCase& pCase)
 {
-    bool mSucceeded = false;
-    int mFrameCount = 0;
-    std::vector<double> mPositions;
-
-    bool operator==(const ImportOutcome& pOther) const
-    {
-        return mSucceeded == pOther.mSucceeded && mFrameCount == pOther.mFrameCount &&
-               mPositions == pOther.mPositions;
-    }
-};
-
-const double kSampleSeconds[] = {0.0, 0.5, 1.0};
-
-ImportOutcome Import(const ImportCase& pCase)
-{
-    ImportOutcome lOutcome;
     const orvasf::OrvImportResult lResult = orvasf::OrvImportAsf(pCase.mSkeleton, pCase.mMotion, pCase.mSettings);
-    lOutcome.mFrameCount = lResult.mFrameCount;
-    if (!lResult.mSucceeded) return lOutcome;
+    if (!lResult.mSucceeded) return {};
+    std::vector<double> lOutcome{static_cast<double>(lResult.mFrameCount)};
     const OrvAsfNode* lUnbuilt = lResult.mSkeleton->mRoot->VisitPreOrder([&](const OrvAsfNode* pBone) {
         OrvNode* lNode = lResult.mScene->GetRootNode()->FindChild(pBone->mName);
         if (!lNode) return true;
-        for (const double lSeconds : kSampleSeconds)
+        for (const double lSeconds : {0.0, 0.5, 1.0})
         {
             const OrvVector4 lPosition = lNode->EvaluateGlobalTransform(OrvTime::FromSeconds(lSeconds)).GetT();
-            for (int k = 0; k < 3; ++k) lOutcome.mPositions.push_back(lPosition[k]);
+            lOutcome.insert(lOutcome.end(), {lPosition[0], lPosition[1], lPosition[2]});
         }
         return false;
     });
-    lOutcome.mSucceeded = lUnbuilt == nullptr;
-    return lOutcome;
+    return lUnbuilt ? std::vector<double>() : lOutcome;
 }
 
 orvasf::OrvImportSettings WithFlags(bool pUseRotationOffset, bool pUsePreRotation)
@@ -76,10 +59,9 @@ orvasf::OrvImportSettings WithFlags(bool pUseRotationOffset, bool pUsePreRotatio
 std::vector<ImportCase> Cases()
 {
     const std::string lExamples = std::string(ORV_SOURCE_DIR) + "/examples/";
-    std::vector<ImportCase> lCases = {
-        {lExamples + "walker.asf", lExamples + "walker.amc", WithFlags(false, false)},
-        {lExamples + "walker.asf", lExamples + "walker.amc", WithFlags(true, true)},
-    };
+    std::vector<ImportCase> lCases;
+    for (const bool lFlag : {false, true})
+        lCases.push_back({lExamples + "walker.asf", lExamples + "walker.amc", WithFlags(lFlag, lFlag)});
     if (!HasSharedData()) return lCases;
     const char* const kPairs[][2] = {
         {"cmu_09-run", "cmu_09_06-run"},
@@ -102,14 +84,14 @@ std::vector<ImportCase> Cases()
 TEST(ImportConcurrency, DifferentFilesImportAtOnceIntoTheirOwnScenes)
 {
     const std::vector<ImportCase> lCases = Cases();
-    std::vector<ImportOutcome> lAlone;
+    std::vector<std::vector<double>> lAlone;
     for (const ImportCase& lCase : lCases)
     {
         lAlone.push_back(Import(lCase));
-        ASSERT_TRUE(lAlone.back().mSucceeded) << lCase.mSkeleton << " + " << lCase.mMotion;
+        ASSERT_FALSE(lAlone.back().empty()) << lCase.mSkeleton << " + " << lCase.mMotion;
     }
 
-    std::vector<ImportOutcome> lTogether(lCases.size());
+    std::vector<std::vector<double>> lTogether(lCases.size());
     std::vector<std::thread> lThreads;
     for (size_t i = 0; i < lCases.size(); ++i)
         lThreads.emplace_back([&lCases, &lTogether, i] { lTogether[i] = Import(lCases[i]); });

@@ -97,11 +97,9 @@ void PrintTo(const Refusal& pRefusal, std::ostream* pStream)
 const std::string kRoot = ":root\n  order TX TY TZ RX RY RZ\n  axis XYZ\n";
 
 const Refusal kRefusals[] = {
-    {"ForbiddenBoneName", kRoot + ":bonedata\n  begin\n    name root\n  end\n", "", false, "Forbidden bone name", 6},
     {"NoRoot", ":name nothing\n", "", false, "the file ends without a complete :root section", 1},
     {"EndInsideASection", kRoot + ":bonedata\n  begin\n    name a\n", "", false, "the file ends inside a section", 6},
     {"StopAfterAWarning", ":name\n" + kRoot, "", false, "reading stopped here (see the warning above)", 1},
-    {"MotionNotANumber", "", "1\nroot 0 0 0 0 0 0\nltibia 5x\n", true, "Not a number (5x)", 3},
     {"MotionFramesFallBack", "", "2\nroot 0 0 0 0 0 0\n1\nroot 0 0 0 0 0 0\n", true,
      "Frame number 1 does not follow frame 2", 3},
 };
@@ -136,15 +134,6 @@ TEST_P(RefusedImport, EndsWithTheErrorAtItsFileAndLineAndAttachesNoNode)
 
 INSTANTIATE_TEST_SUITE_P(Files, RefusedImport, ::testing::ValuesIn(kRefusals),
                          [](const ::testing::TestParamInfo<Refusal>& pInfo) { return pInfo.param.mName; });
-
-TEST(ImportDriver, MissingSkeletonFileIsAnErrorNamingIt)
-{
-    const OrvImportResult lResult = orvasf::OrvImportAsf(kExamples + "missing.asf", "", OrvImportSettings());
-    EXPECT_FALSE(lResult.mSucceeded);
-    ASSERT_EQ(lResult.mMessages.size(), 1u);
-    EXPECT_EQ(lResult.mMessages[0].mKind, OrvMessage::eError);
-    EXPECT_EQ(lResult.mMessages[0].mFile, kExamples + "missing.asf");
-}
 
 // --- The set-up flags ------------------------------------------------------------------------------
 
