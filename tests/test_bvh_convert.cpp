@@ -1,6 +1,7 @@
 // The "convert" subcommand run as a process: both directions on the sample, compared through the
 // tool's own "pose" output, and the statuses and messages of refused inputs, usage errors and
 // outputs that cannot be written.
+#include "support/BvhReference.h"
 #include "support/ToolRunner.h"
 
 namespace {
@@ -10,38 +11,13 @@ using namespace tool_support;
 const std::string sSample = Quoted(kSampleAsf);
 const std::string sSampleMotion = Quoted(kSampleAmc);
 
-// Hips (six channels) with one joint and its End Site, two frames.
-const char* const kSmallBvh =
-    "HIERARCHY\n"
-    "ROOT Hips\n"
-    "{\n"
-    "  OFFSET 0 0 0\n"
-    "  CHANNELS 6 Xposition Yposition Zposition Zrotation Xrotation Yrotation\n"
-    "  JOINT Chest\n"
-    "  {\n"
-    "    OFFSET 0 10 0\n"
-    "    CHANNELS 3 Zrotation Xrotation Yrotation\n"
-    "    End Site\n"
-    "    {\n"
-    "      OFFSET 0 5 0\n"
-    "    }\n"
-    "  }\n"
-    "}\n"
-    "MOTION\n"
-    "Frames: 2\n"
-    "Frame Time: 0.0333333\n"
-    "0 90 0 0 0 0 0 0 0\n"
-    "1 91 2 10 20 30 40 50 60\n";
-
 class ConvertTest : public ToolTest
 {
 protected:
-    // Writes kSmallBvh with pFrom replaced by pTo as pName in the work folder.
-    std::string SmallBvh(const std::string& pName, const std::string& pFrom = "", const std::string& pTo = "") const
+    // Writes pText, the small BVH file unless given, as pName in the work folder.
+    std::string SmallBvh(const std::string& pName, const std::string& pText = bvhtest::kSmallBvh) const
     {
-        std::string lText = kSmallBvh;
-        if (!pFrom.empty()) lText.replace(lText.find(pFrom), pFrom.size(), pTo);
-        WriteFile(WorkPath(pName), lText);
+        WriteFile(WorkPath(pName), pText);
         return Work(pName);
     }
 };
@@ -71,14 +47,16 @@ TEST_F(ConvertTest, WritesTheMotionWhereMotionOutSays)
     EXPECT_EQ(lRun.mStatus, 0) << lRun.mErr;
     EXPECT_EQ(WorkFolderEntries(), (std::vector<std::string>{"copy.asf", "moves.amc"}));
     EXPECT_EQ(Run("convert " + SmallBvh("small.bvh") + " -o " + Work("small2.bvh")).mStatus, 0);
-    EXPECT_NE(ReadFile(WorkPath("small2.bvh")).find("Frames: 2\n"), std::string::npos);
+    EXPECT_NE(ReadFile(WorkPath("small2.bvh")).find("Frames: 3\n"), std::string::npos);
 }
 
 TEST_F(ConvertTest, RefusedBvhInputExitsWithOneAndNamesTheLine)
 {
-    const ToolRun lRun = Run("convert " + SmallBvh("bad.bvh", "40 50 60", "40 50") + " -o " + Work("out.asf"));
+    const std::string lBad = SmallBvh("bad.bvh", bvhtest::Replace(bvhtest::kSmallBvh, "5 -2 7.5 30", "5 -2 7.5"));
+    const ToolRun lRun = Run("convert " + lBad + " -o " + Work("out.asf"));
     EXPECT_EQ(lRun.mStatus, 1);
-    EXPECT_EQ(lRun.mErr, WorkPath("bad.bvh").string() + ":20: error: Frame 2 holds 8 values; the hierarchy has 9 channels\n");
+    EXPECT_EQ(lRun.mErr,
+              WorkPath("bad.bvh").string() + ":29: error: Frame 2 holds 13 values; the hierarchy has 14 channels\n");
     EXPECT_EQ(WorkFolderEntries(), std::vector<std::string>{"bad.bvh"});
 }
 

@@ -220,6 +220,54 @@ void CompareFrame(const Motion& pMotion, size_t pFrame, const PositionMap& pHost
     }
 }
 
+// --- A small file for the tests of readers and tools --------------------------------------------
+
+// Hips (ROOT, six channels, rotations listed Z X Y)
+// +-- Chest (rotations X Y Z)
+// |   `-- End Site
+// `-- Leg (rotations Y and Z only, with position channels between them)
+//     `-- End Site
+inline const char* const kSmallBvh =
+    "HIERARCHY\n"
+    "ROOT Hips\n"
+    "{\n"
+    "  OFFSET 1 2 3\n"
+    "  CHANNELS 6 Xposition Yposition Zposition Zrotation Xrotation Yrotation\n"
+    "  JOINT Chest\n"
+    "  {\n"
+    "    OFFSET 0 10 0\n"
+    "    CHANNELS 3 Xrotation Yrotation Zrotation\n"
+    "    End Site\n"
+    "    {\n"
+    "      OFFSET 0 5 0\n"
+    "    }\n"
+    "  }\n"
+    "  JOINT Leg\n"
+    "  {\n"
+    "    OFFSET 3 -1 0\n"
+    "    CHANNELS 5 Yrotation Xposition Zrotation Yposition Zposition\n"
+    "    End Site\n"
+    "    {\n"
+    "      OFFSET 0 -8 0\n"
+    "    }\n"
+    "  }\n"
+    "}\n"
+    "MOTION\n"
+    "Frames: 3\n"
+    "Frame Time: 0.04\n"
+    "0 0 0 0 0 0 0 0 0 0 0 0 0 0\n"
+    "5 -2 7.5 30 -45 60 10 20 -30 15 1 -25 2 3\n"
+    "-3 1 2 170 80 -120 -90 45 135 -60 -1 88 0.5 -4\n";
+
+// pText with its first pFrom replaced by pTo.
+inline std::string Replace(std::string pText, const std::string& pFrom, const std::string& pTo)
+{
+    const size_t lAt = pText.find(pFrom);
+    EXPECT_NE(lAt, std::string::npos) << pFrom;
+    if (lAt != std::string::npos) pText.replace(lAt, pFrom.size(), pTo);
+    return pText;
+}
+
 } // namespace bvhtest
 
 #endif

@@ -82,13 +82,9 @@ inline void ExpectSamePoses(const PoseTable& pExpected, const PoseTable& pActual
     for (const auto& [lKey, lPosition] : pExpected)
     {
         const auto lFound = pActual.find(lKey);
-        if (lFound == pActual.end())
-        {
-            ADD_FAILURE() << "no row for " << lKey.second << " at frame " << lKey.first;
-            continue;
-        }
-        EXPECT_EQ(lFound->second.size(), 3u) << lKey.second << " at frame " << lKey.first;
-        for (size_t i = 0; i < 3 && i < lFound->second.size() && i < lPosition.size(); ++i)
+        ASSERT_NE(lFound, pActual.end()) << "no row for " << lKey.second << " at frame " << lKey.first;
+        ASSERT_EQ(lFound->second.size(), lPosition.size()) << lKey.second << " at frame " << lKey.first;
+        for (size_t i = 0; i < lPosition.size(); ++i)
             EXPECT_NEAR(lFound->second[i], lPosition[i], pTolerance) << lKey.second << " at frame " << lKey.first;
     }
 }
