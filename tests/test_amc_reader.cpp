@@ -160,12 +160,14 @@ protected:
         ASSERT_TRUE(mPlain->mResult.mMessages.empty());
     }
 
-    // Reads pText and expects no message and the plain file's positions within pTolerance.
-    void ExpectLikePlain(const std::string& pText, double pTolerance = 0.0)
+    // Reads pText, expects no message and the plain file's positions within pTolerance, and
+    // returns the read's result.
+    orvasf::OrvAmcReadResult ExpectLikePlain(const std::string& pText, double pTolerance = 0.0)
     {
         const WalkerImport lVariant(pText);
         for (const OrvMessage& lMessage : lVariant.mResult.mMessages) ADD_FAILURE() << OrvFormatMessage(lMessage);
         ExpectSamePositions(*mPlain, lVariant, pTolerance);
+        return lVariant.mResult;
     }
 
     std::string mPlainText;
@@ -174,30 +176,50 @@ protected:
 
 } // namespace
 
-TEST_F(AmcReaderVariants, RadiansGiveTheSamePose)
+TEST_F(AmcReaderVariants, UnusualButValidFormsGiveTheSamePose)
 {
-    std::string lText = RewriteBoneLines(mPlainText, [](const OrvAsfNode& pBone, std::vector<std::string>& pValues) {
-        for (size_t i = 0; i < pValues.size(); ++i)
-            if (pBone.mDof[i] >= 3) pValues[i] = ShortestText(std::stod(pValues[i]) * kPi / 180.0);
-    });
-    lText.replace(lText.find(":DEGREES"), std::strlen(":DEGREES"), ":RADIANS");
-    const WalkerImport lVariant(lText);
-    EXPECT_TRUE(lVariant.mResult.mRadians);
+    // All at once: angles in radians; forced three-DOF lines, where bones with fewer DOFs carry
+    // fillers after their own values and bones without DOFs get lines of three; each frame's bone
+    // lines in another order; a UTF-8 byte order mark; comment lines with Latin-1 and UTF-8 bytes;
+    // comments after bone lines; tabs, leading and trailing blanks; CRLF and LF mixed; no final
+    // line end.
+    const std::string lLatin1 = "# caf\xe9, na\xefve, \xa9 \xff\xfe";
+    const std::string lUtf8 = "# caf\xc3\xa9 \xe2\x82\xac \xf0\x9f\x8e\xac";
+    const std::vector<std::string> lLines = SplitLines(
+        RewriteBoneLines(mPlainText, [](const OrvAsfNode& pBone, std::vector<std::string>& pValues) {
+            for (size_t i = 0; i < pValues.size(); ++i)
+                if (pBone.mDof[i] >= 3) pValues[i] = ShortestText(std::stod(pValues[i]) * kPi / 180.0);
+            pValues.resize(std::max<size_t>(pValues.size(), 3), "-777.5");
+        }));
+    std::string lText = "\xEF\xBB\xBF" + lLatin1 + "\n" + lUtf8;
+    size_t lWritten = 0;
+    for (size_t i = 0; i < lLines.size();)
+    {
+        std::vector<std::string> lGroup{lLines[i++]};  // a header line, or a frame line and its bones
+        if (IsFrameLine(lGroup[0]))
+        {
+            lGroup.insert(lGroup.end(), {"lhipjoint 1 2 3", "rhipjoint 4 5 6"});
+            while (i < lLines.size() && IsBoneLine(lLines[i])) lGroup.push_back(lLines[i++]);
+            // Turned by the frame's number, so that no two frames agree.
+            const int lFrame = std::stoi(lGroup[0]);
+            std::rotate(lGroup.begin() + 1, lGroup.begin() + 1 + lFrame % static_cast<int>(lGroup.size() - 1), lGroup.end());
+            std::reverse(lGroup.begin() + 1, lGroup.end());
+            if (lFrame % 10 == 0) lGroup.insert(lGroup.begin(), lLatin1);
+        }
+        for (std::string lLine : lGroup)
+        {
+            std::replace(lLine.begin(), lLine.end(), ' ', '\t');
+            if (IsBoneLine(lLine)) lLine = " \t" + lLine + (lLine[0] == 'l' ? " " + lUtf8 : "");
+            lText += (++lWritten % 3 == 0 ? "\r\n" : "\n") + lLine + " \t  ";
+        }
+    }
+    lText.replace(lText.find(":DEGREES"), std::strlen(":DEGREES"), ":RADIANS\n:FORCE-ALL-JOINTS-BE-3DOF");
     // Degrees to radians and back may move an angle by one unit in the last place.
-    ExpectSamePositions(*mPlain, lVariant, 1e-4);
-}
-
-TEST_F(AmcReaderVariants, ForcedThreeDofLinesUseTheBonesOwnDofsOnly)
-{
-    // Bones with fewer DOFs carry filler values after their own; bones without DOFs get lines of
-    // three fillers; the root keeps its six values.
-    std::string lText;
-    for (const std::string& lLine : SplitLines(RewriteBoneLines(
-             mPlainText, [](const OrvAsfNode&, std::vector<std::string>& pValues) { pValues.resize(std::max<size_t>(pValues.size(), 3), "-777.5"); })))
-        lText += lLine + (IsFrameLine(lLine) ? "\nlhipjoint 1 2 3\nrhipjoint 4 5 6\n" : "\n");
-    lText.replace(lText.find(":DEGREES"), std::strlen(":DEGREES"), ":DEGREES\n:FORCE-ALL-JOINTS-BE-3DOF");
-    ExpectLikePlain(lText);
-    EXPECT_TRUE(WalkerImport(lText).mResult.mAllJointsThreeDof);
+    const orvasf::OrvAmcReadResult lResult = ExpectLikePlain(lText, 1e-4);
+    EXPECT_TRUE(lResult.mRadians);
+    EXPECT_TRUE(lResult.mAllJointsThreeDof);
+    const std::string lCrlf = JoinLines(SplitLines(mPlainText), "\r\n");
+    ExpectLikePlain(lCrlf.substr(0, lCrlf.size() - 2));
 }
 
 TEST_F(AmcReaderVariants, LinesThatCannotBeReadAreRefusedAtTheirLine)
@@ -214,50 +236,6 @@ TEST_F(AmcReaderVariants, LinesThatCannotBeReadAreRefusedAtTheirLine)
         {"1\n:DEGREES\n", "2: Header keyword inside the frames (:DEGREES)"},
     };
     for (const auto& [lText, lError] : lCases) EXPECT_EQ(FinalError(WalkerImport(lText)), lError) << lText;
-}
-
-TEST_F(AmcReaderVariants, BoneLinesInAnyOrderGiveTheSamePose)
-{
-    // Each frame's bone lines turned by the frame's number, so that no two frames agree.
-    std::vector<std::string> lLines = SplitLines(mPlainText);
-    std::vector<std::string> lShuffled;
-    for (size_t i = 0; i < lLines.size();)
-    {
-        if (!IsFrameLine(lLines[i]))
-        {
-            lShuffled.push_back(lLines[i++]);
-            continue;
-        }
-        lShuffled.push_back(lLines[i++]);
-        std::vector<std::string> lBones;
-        while (i < lLines.size() && IsBoneLine(lLines[i])) lBones.push_back(lLines[i++]);
-        std::rotate(lBones.begin(), lBones.begin() + static_cast<long>(lShuffled.size() % lBones.size()), lBones.end());
-        std::reverse(lBones.begin(), lBones.end());
-        lShuffled.insert(lShuffled.end(), lBones.begin(), lBones.end());
-    }
-    ExpectLikePlain(JoinLines(lShuffled));
-}
-
-TEST_F(AmcReaderVariants, LayoutVariantsGiveTheSamePose)
-{
-    // All at once: a UTF-8 byte order mark, comment lines with Latin-1 and UTF-8 bytes, comments
-    // after bone lines, tabs, leading and trailing blanks, CRLF and LF line ends mixed, no final
-    // line end. Then CRLF throughout without a final one.
-    const std::string lLatin1 = "# caf\xe9, na\xefve, \xa9 \xff\xfe";
-    const std::string lUtf8 = "# caf\xc3\xa9 \xe2\x82\xac \xf0\x9f\x8e\xac";
-    const std::vector<std::string> lLines = SplitLines(mPlainText);
-    std::string lMixed = "\xEF\xBB\xBF" + lLatin1 + "\n" + lUtf8;
-    for (size_t i = 0; i < lLines.size(); ++i)
-    {
-        std::string lLine = lLines[i];
-        std::replace(lLine.begin(), lLine.end(), ' ', '\t');
-        if (IsBoneLine(lLine)) lLine = " \t" + lLine + (lLine[0] == 'l' ? " " + lUtf8 : "");
-        if (IsFrameLine(lLine) && std::stoi(lLine) % 10 == 0) lLine = lLatin1 + "\n" + lLine;
-        lMixed += (i % 3 == 0 ? "\r\n" : "\n") + lLine + " \t  ";
-    }
-    ExpectLikePlain(lMixed);
-    const std::string lCrlf = JoinLines(lLines, "\r\n");
-    ExpectLikePlain(lCrlf.substr(0, lCrlf.size() - 2));
 }
 
 TEST_F(AmcReaderVariants, FrameNumbersThatDoNotRiseAreRefusedWithTheirLine)
