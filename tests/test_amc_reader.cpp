@@ -271,15 +271,6 @@ TEST_F(AmcReaderVariants, ValidationModeChecksLikeARunAndSamplesNothing)
 
 // --- Hostile input -------------------------------------------------------------------------------
 
-namespace {
-
-int LineAt(const std::string& pText, size_t pAt)
-{
-    return 1 + static_cast<int>(std::count(pText.begin(), pText.begin() + static_cast<long>(pAt), '\n'));
-}
-
-} // namespace
-
 TEST_F(AmcReaderVariants, NulByteIsRefusedAtItsLineWhereverTheFileIsCutIntoChunks)
 {
     // Short comment lines across the first chunk boundaries, then a comment line longer than a
@@ -293,8 +284,8 @@ TEST_F(AmcReaderVariants, NulByteIsRefusedAtItsLineWhereverTheFileIsCutIntoChunk
                              lLongLine + 2 * kChunk, lText.size() - 1})
     {
         const std::string lBroken = lText.substr(0, lAt) + '\0' + lText.substr(lAt);
-        EXPECT_EQ(FinalError(WalkerImport(lBroken)), std::to_string(LineAt(lText, lAt)) + ": NUL byte in line")
-            << "NUL at " << lAt;
+        const auto lLine = 1 + std::count(lText.begin(), lText.begin() + static_cast<long>(lAt), '\n');
+        EXPECT_EQ(FinalError(WalkerImport(lBroken)), std::to_string(lLine) + ": NUL byte in line") << "NUL at " << lAt;
     }
 }
 

@@ -36,21 +36,6 @@ protected:
         return lTexts;
     }
 
-    // Largest distance between the host's world positions and the independent reading of pText,
-    // over every joint, End Site and frame.
-    double LargestDifference(const std::string& pText, OrvNode* pRoot, double pFramesPerSecond)
-    {
-        const bvhtest::Motion lMotion = bvhtest::Parse(pText);
-        EXPECT_TRUE(lMotion.mValid);
-        double lLargest = 0.0;
-        for (size_t f = 0; f < lMotion.mFrames.size(); ++f)
-        {
-            const OrvTime lTime = OrvTime::FromFrame(static_cast<double>(f), pFramesPerSecond);
-            bvhtest::CompareFrame(lMotion, f, bvhtest::HostPositions(pRoot, lTime), bvhtest::NodeNamed, lLargest);
-        }
-        return lLargest;
-    }
-
     OrvScenePtr mScene = hosttest::CreateHostScene();
     OrvAnimStack* mStack = mScene->GetCurrentAnimationStack();
     orvasf::OrvBvhReader mReader;
@@ -111,7 +96,7 @@ TEST_F(BvhReader, AllSixRotationOrdersPoseLikeTheBvhMeaning)
     }
     const orvasf::OrvBvhReadResult lResult = Read(lText);
     ASSERT_TRUE(lResult.mSucceeded) << ::testing::PrintToString(Messages());
-    EXPECT_LT(LargestDifference(lText, lResult.mRoot, lResult.mFramesPerSecond), 1e-4);
+    EXPECT_LT(bvhtest::LargestDifference(bvhtest::Parse(lText), lResult.mRoot, lResult.mFramesPerSecond), 1e-4);
 }
 
 TEST_F(BvhReader, HostWorldPositionsFollowTheBvhMeaningInEveryLayoutOfRealFiles)
@@ -141,7 +126,7 @@ TEST_F(BvhReader, HostWorldPositionsFollowTheBvhMeaningInEveryLayoutOfRealFiles)
         ASSERT_TRUE(lResult.mSucceeded) << lText << ::testing::PrintToString(Messages());
         EXPECT_EQ(lResult.mFrameCount, 3);
         EXPECT_DOUBLE_EQ(lResult.mFrameTime, 0.04);
-        EXPECT_LT(LargestDifference(kSmallBvh, lResult.mRoot, lResult.mFramesPerSecond), 1e-4);
+        EXPECT_LT(bvhtest::LargestDifference(bvhtest::Parse(kSmallBvh), lResult.mRoot, lResult.mFramesPerSecond), 1e-4);
     }
 }
 

@@ -152,7 +152,7 @@ TEST_F(BvhInterchangeRealData, WrittenBvhPutsEveryJointWhereTheHostDoes)
             lSettings.mFramesPerSecond = kAmcFramesPerSecond;
             lSettings.mFrameCount = lImport.mFrameCount;
             ASSERT_TRUE(orvasf::OrvBvhWriter().Write(lBvh.c_str(), lImport.mRoot, lSettings));
-            const bvhtest::Motion lMotion = bvhtest::ReadFile(lBvh);
+            const bvhtest::Motion lMotion = bvhtest::Parse(testfiles::ReadFile(lBvh));
             std::filesystem::remove(lBvh);
             ASSERT_TRUE(lMotion.mValid);
             ASSERT_EQ(static_cast<int>(lMotion.mFrames.size()), lImport.mFrameCount);
@@ -179,7 +179,7 @@ TEST_F(BvhInterchangeRealData, HostFromBvhAndItsAsfAmcExportPutEveryJointWhereTh
         ASSERT_TRUE(lResult.mSucceeded);
         lSource.mRoot = lResult.mRoot;
         lSource.mFrameCount = lResult.mFrameCount;
-        const bvhtest::Motion lMotion = bvhtest::ReadFile(lPath);
+        const bvhtest::Motion lMotion = bvhtest::Parse(testfiles::ReadFile(lPath));
         ASSERT_TRUE(lMotion.mValid);
         ASSERT_EQ(static_cast<int>(lMotion.mFrames.size()), lResult.mFrameCount);
         CompareMotion(lMotion, lSource.mRoot, lResult.mFramesPerSecond, bvhtest::NodeNamed, lIn);

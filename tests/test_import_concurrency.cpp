@@ -1,6 +1,6 @@
-// Whole imports (skeleton, curves, motion, host nodes) of different files running in several
-// threads at once, each into its own host scene: every thread must get exactly what the same
-// import gives alone. The "tsan" preset runs this under ThreadSanitizer.
+// Whole imports (skeleton, curves, motion, host nodes) running in several threads at once, each
+// into its own host scene: every thread must get exactly what the same import gives alone. The
+// "tsan" preset runs this under ThreadSanitizer.
 
 #include "support/HostSceneSupport.h"
 
@@ -54,36 +54,15 @@ orvasf::OrvImportSettings WithFlags(bool pUseRotationOffset, bool pUsePreRotatio
     return lSettings;
 }
 
-// The bundled sample, and short motions of the shared data folder when it is there, each under
-// another combination of the set-up flags.
-std::vector<ImportCase> Cases()
+} // namespace
+
+TEST(ImportConcurrency, ImportsRunAtOnceIntoTheirOwnScenes)
 {
+    // The bundled sample under both ends of the set-up flags: every step of the import runs.
     const std::string lExamples = std::string(ORV_SOURCE_DIR) + "/examples/";
     std::vector<ImportCase> lCases;
     for (const bool lFlag : {false, true})
         lCases.push_back({lExamples + "walker.asf", lExamples + "walker.amc", WithFlags(lFlag, lFlag)});
-    if (!HasSharedData()) return lCases;
-    const char* const kPairs[][2] = {
-        {"cmu_09-run", "cmu_09_06-run"},
-        {"cmu_07-walk", "cmu_07_12-walk"},
-        {"cmu02_fzzzz_walk_vs", "cmu02_02_01_walk"},
-        {"cmu_16", "cmu_16_15"},
-    };
-    bool lFlag = false;
-    for (const auto& lPair : kPairs)
-    {
-        lCases.push_back(
-            {SharedDataPath("asf", lPair[0], ".asf"), SharedDataPath("amc", lPair[1], ".amc"), WithFlags(lFlag, !lFlag)});
-        lFlag = !lFlag;
-    }
-    return lCases;
-}
-
-} // namespace
-
-TEST(ImportConcurrency, DifferentFilesImportAtOnceIntoTheirOwnScenes)
-{
-    const std::vector<ImportCase> lCases = Cases();
     std::vector<std::vector<double>> lAlone;
     for (const ImportCase& lCase : lCases)
     {

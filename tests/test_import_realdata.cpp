@@ -84,7 +84,10 @@ protected:
 
 } // namespace
 
-TEST_P(ImportRealData, WorldPositionsMatchTheReferenceUnderAllFlags)
+// Under every combination of the flags; and with curves unrolled (in each bone's rotation order)
+// and reduced, which describe the same motion: the decomposed angles of the first combination
+// are where unrolling has work to do.
+TEST_P(ImportRealData, WorldPositionsMatchTheReferenceUnderAllFlagsAndFilters)
 {
     for (const bool lUseRotationOffset : {false, true})
         for (const bool lUsePreRotation : {false, true})
@@ -94,12 +97,6 @@ TEST_P(ImportRealData, WorldPositionsMatchTheReferenceUnderAllFlags)
                                (lUsePreRotation ? "1" : "0"));
             if (HasFatalFailure()) return;
         }
-}
-
-// Unrolled (in each bone's rotation order) and reduced curves describe the same motion; the
-// decomposed angles of the first flag combination are where unrolling has work to do.
-TEST_P(ImportRealData, UnrolledAndReducedCurvesKeepThePose)
-{
     OrvImportSettings lSettings = Settings(false, false);
     lSettings.mRotationFilter = OrvRotationFilter::eUnroll;
     lSettings.mReduceKeys = true;

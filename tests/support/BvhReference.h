@@ -21,6 +21,7 @@
 
 #include <array>
 #include <cmath>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <unordered_map>
@@ -120,11 +121,6 @@ inline Motion Parse(const std::string& pText)
     return lMotion;
 }
 
-inline Motion ReadFile(const std::string& pPath)
-{
-    return Parse(testfiles::ReadFile(pPath));
-}
-
 // World position of every joint and End Site of pMotion at frame pFrame, in file order.
 inline std::vector<Vec3> WorldPositions(const Motion& pMotion, size_t pFrame)
 {
@@ -161,23 +157,18 @@ inline std::vector<Vec3> WorldPositions(const Motion& pMotion, size_t pFrame)
 
 using PositionMap = std::unordered_map<std::string, Vec3>;
 
-// World position at pTime of pNode and of every node below it, by node name.
-inline void HostPositions(orvsdk::OrvNode* pNode, const orvsdk::OrvAMatrix& pGlobal, orvsdk::OrvTime pTime,
-                          std::unordered_map<std::string, Vec3>& pPositions)
-{
-    const orvsdk::OrvVector4 lPosition = pGlobal.GetT();
-    pPositions[pNode->GetName()] = Vec3{lPosition[0], lPosition[1], lPosition[2]};
-    for (int i = 0; i < pNode->GetChildCount(false); ++i)
-    {
-        orvsdk::OrvNode* lChild = pNode->GetChild(i);
-        HostPositions(lChild, pGlobal * lChild->EvaluateLocalTransform(pTime), pTime, pPositions);
-    }
-}
-
+// World position at pTime of pTop and of every node below it, by node name.
 inline PositionMap HostPositions(orvsdk::OrvNode* pTop, orvsdk::OrvTime pTime)
 {
     PositionMap lPositions;
-    HostPositions(pTop, pTop->EvaluateGlobalTransform(pTime), pTime, lPositions);
+    const std::function<void(orvsdk::OrvNode*, const orvsdk::OrvAMatrix&)> lVisit =
+        [&](orvsdk::OrvNode* pNode, const orvsdk::OrvAMatrix& pGlobal) {
+            const orvsdk::OrvVector4 lPosition = pGlobal.GetT();
+            lPositions[pNode->GetName()] = Vec3{lPosition[0], lPosition[1], lPosition[2]};
+            for (int i = 0; i < pNode->GetChildCount(false); ++i)
+                lVisit(pNode->GetChild(i), pGlobal * pNode->GetChild(i)->EvaluateLocalTransform(pTime));
+        };
+    lVisit(pTop, pTop->EvaluateGlobalTransform(pTime));
     return lPositions;
 }
 
@@ -218,6 +209,22 @@ void CompareFrame(const Motion& pMotion, size_t pFrame, const PositionMap& pHost
         const double lDistance = Distance(*lNode, lPosed[j]);
         if (!(lDistance <= pLargest)) pLargest = lDistance;
     }
+}
+
+// The largest distance, as CompareFrame measures it, over every frame of pMotion with the host
+// below pTop keyed at pFramesPerSecond.
+template <typename FindNode = decltype(&NodeNamed)>
+double LargestDifference(const Motion& pMotion, orvsdk::OrvNode* pTop, double pFramesPerSecond,
+                         FindNode pFind = &NodeNamed)
+{
+    EXPECT_TRUE(pMotion.mValid && !pMotion.mFrames.empty());
+    double lLargest = 0.0;
+    for (size_t f = 0; f < pMotion.mFrames.size() && !::testing::Test::HasFatalFailure(); ++f)
+    {
+        const orvsdk::OrvTime lTime = orvsdk::OrvTime::FromFrame(static_cast<double>(f), pFramesPerSecond);
+        CompareFrame(pMotion, f, HostPositions(pTop, lTime), pFind, lLargest);
+    }
+    return lLargest;
 }
 
 // --- A small file for the tests of readers and tools --------------------------------------------
