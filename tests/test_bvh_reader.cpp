@@ -140,13 +140,8 @@ TEST_F(BvhReader, WarnsAboutTextAfterTheAnnouncedFrames)
 
 TEST_F(BvhReader, RefusedFilesNameFileAndLineAndBuildNothing)
 {
-    struct Case
-    {
-        std::string mText;
-        std::string mMessage;
-    };
     const std::string lSmall = kSmallBvh;
-    const Case lCases[] = {
+    const std::pair<std::string, std::string> lCases[] = {
         {lSmall.substr(0, lSmall.find("  JOINT Leg")),
          "test.bvh:14: error: The file ends inside the hierarchy: joint \"Hips\" is not closed"},
         {Replace(kSmallBvh, "5 -2 7.5 30", "5 -2 7.5"),
@@ -182,16 +177,14 @@ TEST_F(BvhReader, RefusedFilesNameFileAndLineAndBuildNothing)
         {"", "test.bvh: error: The file is empty; a BVH file starts with HIERARCHY"},
         {lSmall + std::string("\0\n", 2), "test.bvh:31: error: NUL byte in line"},
     };
-    for (const Case& lCase : lCases)
+    for (const auto& [lText, lMessage] : lCases)
     {
         const int lObjects = mScene->GetObjectCount();
-        const orvasf::OrvBvhReadResult lResult = Read(lCase.mText);
-        EXPECT_FALSE(lResult.mSucceeded) << lCase.mText;
+        const orvasf::OrvBvhReadResult lResult = Read(lText);
+        EXPECT_FALSE(lResult.mSucceeded) << lText;
         EXPECT_EQ(lResult.mRoot, nullptr);
         EXPECT_EQ(mScene->GetObjectCount(), lObjects);
         EXPECT_EQ(mScene->GetRootNode()->GetChildCount(), 0);
-        const std::vector<std::string> lMessages = Messages();
-        ASSERT_EQ(lMessages.size(), 1u) << lCase.mText;
-        EXPECT_EQ(lMessages[0], lCase.mMessage);
+        EXPECT_EQ(Messages(), std::vector<std::string>{lMessage});
     }
 }

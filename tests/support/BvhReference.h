@@ -235,44 +235,23 @@ double LargestDifference(const Motion& pMotion, orvsdk::OrvNode* pTop, double pF
 // `-- Leg (rotations Y and Z only, with position channels between them)
 //     `-- End Site
 inline const char* const kSmallBvh =
-    "HIERARCHY\n"
-    "ROOT Hips\n"
-    "{\n"
-    "  OFFSET 1 2 3\n"
-    "  CHANNELS 6 Xposition Yposition Zposition Zrotation Xrotation Yrotation\n"
-    "  JOINT Chest\n"
-    "  {\n"
-    "    OFFSET 0 10 0\n"
-    "    CHANNELS 3 Xrotation Yrotation Zrotation\n"
-    "    End Site\n"
-    "    {\n"
-    "      OFFSET 0 5 0\n"
-    "    }\n"
-    "  }\n"
-    "  JOINT Leg\n"
-    "  {\n"
-    "    OFFSET 3 -1 0\n"
-    "    CHANNELS 5 Yrotation Xposition Zrotation Yposition Zposition\n"
-    "    End Site\n"
-    "    {\n"
-    "      OFFSET 0 -8 0\n"
-    "    }\n"
-    "  }\n"
-    "}\n"
-    "MOTION\n"
-    "Frames: 3\n"
-    "Frame Time: 0.04\n"
-    "0 0 0 0 0 0 0 0 0 0 0 0 0 0\n"
-    "5 -2 7.5 30 -45 60 10 20 -30 15 1 -25 2 3\n"
-    "-3 1 2 170 80 -120 -90 45 135 -60 -1 88 0.5 -4\n";
+    "HIERARCHY\nROOT Hips\n{\n  OFFSET 1 2 3\n"                                                  // lines 1-4
+    "  CHANNELS 6 Xposition Yposition Zposition Zrotation Xrotation Yrotation\n"                // 5
+    "  JOINT Chest\n  {\n    OFFSET 0 10 0\n    CHANNELS 3 Xrotation Yrotation Zrotation\n"  // 6-9
+    "    End Site\n    {\n      OFFSET 0 5 0\n    }\n  }\n"                                      // 10-14
+    "  JOINT Leg\n  {\n    OFFSET 3 -1 0\n"                                                      // 15-17
+    "    CHANNELS 5 Yrotation Xposition Zrotation Yposition Zposition\n"                         // 18
+    "    End Site\n    {\n      OFFSET 0 -8 0\n    }\n  }\n}\n"                                 // 19-24
+    "MOTION\nFrames: 3\nFrame Time: 0.04\n"                                                      // 25-27
+    "0 0 0 0 0 0 0 0 0 0 0 0 0 0\n5 -2 7.5 30 -45 60 10 20 -30 15 1 -25 2 3\n"                    // 28-29
+    "-3 1 2 170 80 -120 -90 45 135 -60 -1 88 0.5 -4\n";                                          // 30
 
 // pText with its first pFrom replaced by pTo.
 inline std::string Replace(std::string pText, const std::string& pFrom, const std::string& pTo)
 {
     const size_t lAt = pText.find(pFrom);
     EXPECT_NE(lAt, std::string::npos) << pFrom;
-    if (lAt != std::string::npos) pText.replace(lAt, pFrom.size(), pTo);
-    return pText;
+    return lAt == std::string::npos ? pText : pText.replace(lAt, pFrom.size(), pTo);
 }
 
 } // namespace bvhtest
