@@ -1,13 +1,11 @@
-// The import driver: what a refused skeleton or motion leaves in the result, that the two set-up
-// flags in every combination pose the bundled walker as an independent forward kinematics does,
-// and the warnings of settings whose result a user would not expect.
+// The import driver: what a refused skeleton or motion leaves in the result, the warnings of
+// settings whose result a user would not expect, and the BVH import. How the walker poses under
+// every combination of the set-up flags is checked in test_import_realdata.cpp.
 
 #include "support/BvhReference.h"
-#include "support/ReferenceKinematics.h"
 #include "support/ScratchFiles.h"
 
 #include "driver/OrvImportDriver.h"
-#include "orvsdk/asf/OrvFileAcclaimAsf.h"
 #include "orvsdk/host/anim/OrvAnimStack.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +14,6 @@
 #include <cstdio>
 #include <fstream>
 #include <string>
-#include <vector>
 
 using namespace orvsdk;
 using orvasf::OrvImportResult;
@@ -27,7 +24,6 @@ namespace {
 
 const std::string kExamples = std::string(ORV_SOURCE_DIR) + "/examples/";
 const std::string kWalkerAsf = kExamples + "walker.asf";
-const std::string kWalkerAmc = kExamples + "walker.amc";
 
 // A file written for one test and removed afterwards.
 class ScratchFile
@@ -114,39 +110,6 @@ TEST(ImportDriver, RefusedFileEndsWithTheErrorAtItsFileAndLineAndAttachesNoNode)
         ASSERT_EQ(lResult.mScene != nullptr, lMotionRefused);
         EXPECT_TRUE(!lResult.mScene || lResult.mScene->GetRootNode()->GetChildCount() == 0);
     }
-}
-
-// --- The set-up flags ------------------------------------------------------------------------------
-
-TEST(ImportDriver, EveryCombinationOfTheSetupFlagsPosesTheWalkerLikeTheReference)
-{
-    OrvAsfScene lRaw;
-    std::vector<OrvMessage> lMessages;
-    ASSERT_TRUE(orvasf::OrvReadSkeleton(kWalkerAsf, OrvImportSettings(), lRaw, lMessages));
-    const reference::Skeleton lSkeleton = reference::DescribeSkeleton(lRaw);
-    const reference::Motion lMotion = reference::ReadMotion(kWalkerAmc, lSkeleton);
-    ASSERT_EQ(lMotion.mFrames.size(), 240u);
-
-    for (const bool lUseRotationOffset : {false, true})
-        for (const bool lUsePreRotation : {false, true})
-        {
-            SCOPED_TRACE(::testing::Message() << "rotation offset " << lUseRotationOffset << ", pre-rotation "
-                                              << lUsePreRotation);
-            const OrvImportResult lResult =
-                orvasf::OrvImportAsf(kWalkerAsf, kWalkerAmc, Settings(lUseRotationOffset, lUsePreRotation));
-            ASSERT_TRUE(lResult.mSucceeded);
-            EXPECT_TRUE(lResult.mMessages.empty());
-            EXPECT_EQ(lResult.mFrameCount, 240);
-            EXPECT_EQ(lResult.mScene->GetRootNode()->GetChild(0), lResult.mRoot);
-            for (size_t f = 0; f < lMotion.mFrames.size(); f += 7)
-            {
-                const OrvTime lTime = OrvTime::FromFrame(static_cast<double>(f), 120.0);
-                EXPECT_LT(reference::LargestDistanceToPose(lResult.mRoot, lTime, lSkeleton,
-                                                           lMotion.mFrames[f].mValues.data()),
-                          1e-4)
-                    << "frame " << f;
-            }
-        }
 }
 
 // --- Warnings of surprising settings ---------------------------------------------------------------
