@@ -63,18 +63,12 @@ TEST_F(BvhReader, BuildsOneNodePerJointAndEndSiteAndOneCurvePerListedChannel)
     EXPECT_EQ(lLeg->GetRotationOffset(OrvNode::eSourcePivot), OrvVector4(3, -1, 0));
     EXPECT_EQ(lLeg->EvaluateLocalTranslation(OrvTime()), OrvVector4(0, 0, 0));
 
-    // Leg lists Yrotation Xposition Zrotation Yposition Zposition.
+    // Leg lists Yrotation Xposition Zrotation Yposition Zposition: no curve turns it about X.
     OrvAnimCurveNode* lTranslation = lLeg->LclTranslation.GetCurveNode(mStack);
-    OrvAnimCurveNode* lRotation = lLeg->LclRotation.GetCurveNode(mStack);
     ASSERT_NE(lTranslation, nullptr);
-    ASSERT_NE(lRotation, nullptr);
-    for (unsigned lChannel = 0; lChannel < 3; ++lChannel)
-    {
-        EXPECT_EQ(lTranslation->GetCurveCount(lChannel), 1);
-        EXPECT_EQ(lRotation->GetCurveCount(lChannel), lChannel == 0 ? 0 : 1);
-    }
     EXPECT_STREQ(lTranslation->GetCurve(0)->GetName(), "Leg_Xposition");
     EXPECT_EQ(lTranslation->GetCurve(0)->KeyGetCount(), 3);
+    EXPECT_EQ(lLeg->LclRotation.GetCurveNode(mStack)->GetCurveCount(0), 0);
 }
 
 TEST_F(BvhReader, AllSixRotationOrdersPoseLikeTheBvhMeaning)
@@ -101,20 +95,16 @@ TEST_F(BvhReader, AllSixRotationOrdersPoseLikeTheBvhMeaning)
 
 TEST_F(BvhReader, HostWorldPositionsFollowTheBvhMeaningInEveryLayoutOfRealFiles)
 {
+    // The host text file's own tests cover the blanks and line ends between tokens; here they
+    // reach the frame lines and the labels, which the reader splits itself.
+    std::string lTabsAndCrlf;
+    for (const char lChar : std::string(kSmallBvh))
+        lTabsAndCrlf += lChar == '\n' ? "\r\n" : lChar == ' ' ? "\t" : std::string(1, lChar);
     const std::string lVariants[] = {
         kSmallBvh,
-        Replace(kSmallBvh, "\n", "\r\n"), // CRLF (first line)
-        [] {
-            std::string lText = kSmallBvh;
-            std::replace(lText.begin(), lText.end(), ' ', '\t'); // tabs
-            std::string lCrlf;
-            for (char lChar : lText) lChar == '\n' ? lCrlf += "\r\n" : lCrlf += lChar;
-            return lCrlf; // and CRLF throughout
-        }(),
+        lTabsAndCrlf,  // "Frames:\t3" and "Frame\tTime:\t0.04" among others
         std::string(kSmallBvh).substr(0, std::string(kSmallBvh).size() - 1), // no final newline
-        Replace(kSmallBvh, "Frames: 3", "Frames:\t3"),
-        Replace(kSmallBvh, "Frames: 3", "Frames :3"),
-        Replace(kSmallBvh, "Frame Time: 0.04", "Frame Time:0.04"),
+        Replace(Replace(kSmallBvh, "Frames: 3", "Frames :3"), "Frame Time: 0.04", "Frame Time:0.04"),
         Replace(kSmallBvh, "Frame Time: 0.04", "Frame  Time :\t.04"),
         Replace(Replace(kSmallBvh, "HIERARCHY", "hierarchy"), "Xposition", "XPOSITION"),
         Replace(kSmallBvh, "0.5 -4\n", "0.5 -4\n\n\n"), // blank lines at the end

@@ -74,30 +74,13 @@ TEST_F(BvhWriter, WritesTheJointsWithChannelsInTheirHostOrder)
     const std::string lText = Write();
     const std::string lHierarchy = lText.substr(0, lText.find("MOTION"));
     EXPECT_EQ(lHierarchy,
-              "HIERARCHY\n"
-              "ROOT Root\n"
-              "{\n"
-              "  OFFSET 1 2 3\n"
+              "HIERARCHY\nROOT Root\n{\n  OFFSET 1 2 3\n"
               "  CHANNELS 6 Xposition Yposition Zposition Yrotation Xrotation Zrotation\n"
-              "  JOINT Spine\n"
-              "  {\n"
-              "    OFFSET 0 11 0\n"
-              "    CHANNELS 3 Xrotation Zrotation Yrotation\n"
-              "    End Site\n"
-              "    {\n"
-              "      OFFSET 0 5 0\n"
-              "    }\n"
-              "  }\n"
-              "  JOINT Arm\n"
-              "  {\n"
-              "    OFFSET 0 0 0\n"
+              "  JOINT Spine\n  {\n    OFFSET 0 11 0\n    CHANNELS 3 Xrotation Zrotation Yrotation\n"
+              "    End Site\n    {\n      OFFSET 0 5 0\n    }\n  }\n"
+              "  JOINT Arm\n  {\n    OFFSET 0 0 0\n"
               "    CHANNELS 6 Xposition Yposition Zposition Zrotation Yrotation Xrotation\n"
-              "    End Site\n"
-              "    {\n"
-              "      OFFSET 0 0 0\n"
-              "    }\n"
-              "  }\n"
-              "}\n");
+              "    End Site\n    {\n      OFFSET 0 0 0\n    }\n  }\n}\n");
     EXPECT_NE(lText.find("MOTION\nFrames: 3\nFrame Time: 0.0333333333\n"), std::string::npos);
 }
 

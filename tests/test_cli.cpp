@@ -50,9 +50,7 @@ TEST_F(CliTest, FailedRunsExitWithTheirStatusAndSayWhy)
         {"format " + sSample, 2},
         {"check " + Work("missing.asf"), 1},
         {"import " + sSample + " -o " + Work("missing/scene.json"), 3},
-        {"pose " + sSamplePair + " --frames 0 -o " + Work("missing/pose.csv"), 3},
         {"export " + sSample + " -o " + Work("missing/out.asf"), 3},
-        {"format " + sSample + " -o " + Work("missing/out.asf"), 3},
     };
     for (const auto& [lCommand, lStatus] : lRuns)
     {

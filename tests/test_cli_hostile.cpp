@@ -13,11 +13,7 @@ using namespace tool_support;
 std::string ToUtf16(const std::string& pText, bool pBigEndian)
 {
     std::string lWide = pBigEndian ? "\xfe\xff" : "\xff\xfe";
-    for (char lChar : pText)
-    {
-        lWide += pBigEndian ? '\0' : lChar;
-        lWide += pBigEndian ? lChar : '\0';
-    }
+    for (char lChar : pText) lWide += pBigEndian ? std::string{'\0', lChar} : std::string{lChar, '\0'};
     return lWide;
 }
 
