@@ -32,10 +32,7 @@ namespace {
 constexpr double kFramesPerSecond = 120.0;
 constexpr double kPi = 3.14159265358979323846;
 
-std::string ExamplePath(const char* pName)
-{
-    return std::string(ORV_SOURCE_DIR) + "/examples/" + pName;
-}
+const std::string kExamples = std::string(ORV_SOURCE_DIR) + "/examples/";
 
 // A skeleton read from the bundled walker, its curves in a host scene, and the result of reading
 // one motion text into it; the host nodes are built when the read succeeded.
@@ -44,7 +41,7 @@ struct WalkerImport
     explicit WalkerImport(const std::string& pMotion, bool pSampleValues = true)
     {
         OrvFileAcclaimAsf lFile(false);
-        EXPECT_TRUE(lFile.Open(ExamplePath("walker.asf").c_str()));
+        EXPECT_TRUE(lFile.Open((kExamples + "walker.asf").c_str()));
         EXPECT_TRUE(lFile.Read(&mAsf, false, false, false));
         if (pSampleValues) mAsf.mRoot->CreateDataFromDOF(mScene.get());
         orvasf::OrvAmcReadSettings lSettings;
@@ -151,7 +148,7 @@ class AmcReaderVariants : public ::testing::Test
 protected:
     void SetUp() override
     {
-        mPlainText = testfiles::ReadFile(ExamplePath("walker.amc"));
+        mPlainText = testfiles::ReadFile(kExamples + "walker.amc");
         ASSERT_FALSE(mPlainText.empty());
         mPlain = std::make_unique<WalkerImport>(mPlainText);
         ASSERT_TRUE(mPlain->mResult.mSucceeded);

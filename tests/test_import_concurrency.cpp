@@ -45,15 +45,6 @@ std::vector<double> Import(const ImportCase& pCase)
     return lUnbuilt ? std::vector<double>() : lOutcome;
 }
 
-orvasf::OrvImportSettings WithFlags(bool pUseRotationOffset, bool pUsePreRotation)
-{
-    orvasf::OrvImportSettings lSettings;
-    lSettings.mUseRotationOffset = pUseRotationOffset;
-    lSettings.mUsePreRotation = pUsePreRotation;
-    lSettings.mUseLimits = true;
-    return lSettings;
-}
-
 } // namespace
 
 TEST(ImportConcurrency, ImportsRunAtOnceIntoTheirOwnScenes)
@@ -62,7 +53,11 @@ TEST(ImportConcurrency, ImportsRunAtOnceIntoTheirOwnScenes)
     const std::string lExamples = std::string(ORV_SOURCE_DIR) + "/examples/";
     std::vector<ImportCase> lCases;
     for (const bool lFlag : {false, true})
-        lCases.push_back({lExamples + "walker.asf", lExamples + "walker.amc", WithFlags(lFlag, lFlag)});
+    {
+        lCases.push_back({lExamples + "walker.asf", lExamples + "walker.amc", {}});
+        lCases.back().mSettings.mUseRotationOffset = lCases.back().mSettings.mUsePreRotation = lFlag;
+        lCases.back().mSettings.mUseLimits = true;
+    }
     std::vector<std::vector<double>> lAlone;
     for (const ImportCase& lCase : lCases)
     {
