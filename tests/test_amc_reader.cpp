@@ -15,7 +15,6 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
-#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <memory>
@@ -230,8 +229,10 @@ TEST_F(AmcReaderVariants, LinesThatCannotBeReadAreRefusedAtTheirLine)
         {"1x\nroot 0 0 0 0 0 0\n", "1: Bad frame number (1x)"},
         {"1 2\nroot 0 0 0 0 0 0\n", "1: Bad frame number (1)"},
         {"1\n:DEGREES\n", "2: Header keyword inside the frames (:DEGREES)"},
+        {"1\nroot 0 0 0 0 0 0\n# " + std::string(orvasf::OrvAmcReader::kMaxLineLength, 'x') + "\n",
+         "3: Line longer than 1048576 bytes"},
     };
-    for (const auto& [lText, lError] : lCases) EXPECT_EQ(FinalError(WalkerImport(lText)), lError) << lText;
+    for (const auto& [lText, lError] : lCases) EXPECT_EQ(FinalError(WalkerImport(lText)), lError) << lText.substr(0, 80);
 }
 
 TEST_F(AmcReaderVariants, FrameNumbersThatDoNotRiseAreRefusedWithTheirLine)
@@ -318,49 +319,25 @@ TEST(AmcReaderHostile, UnknownBoneNamesAreRememberedUpToTheLimit)
     ExpectSamePositions(WalkerImport(lMotion(0)), lBeyond, 0.0);
 }
 
-TEST(AmcReaderHostile, TooLongLineIsRefusedAtItsOwnLine)
-{
-    const std::string lText = "1\nroot 0 0 0 0 0 0\n# " + std::string(orvasf::OrvAmcReader::kMaxLineLength, 'x') + "\n";
-    EXPECT_EQ(FinalError(WalkerImport(lText)), "3: Line longer than 1048576 bytes");
-}
-
 // --- Number reading ------------------------------------------------------------------------------
 
-namespace {
-
-// What the reader promises: from_chars on the whole token, one leading '+' allowed, NaN refused.
-bool ReferenceValue(const std::string& pToken, double& pValue)
-{
-    const char* lBegin = pToken.data();
-    const char* lEnd = lBegin + pToken.size();
-    if (lBegin != lEnd && *lBegin == '+') ++lBegin;
-    const auto lResult = std::from_chars(lBegin, lEnd, pValue);
-    return lResult.ec == std::errc() && lResult.ptr == lEnd && !std::isnan(pValue);
-}
-
-void ExpectReadLikeFromChars(const std::string& pToken)
-{
-    double lExpected = 0.0;
-    double lActual = 0.0;
-    const bool lExpectedOk = ReferenceValue(pToken, lExpected);
-    ASSERT_EQ(orvasf::OrvAmcReader::ParseValue(pToken, lActual), lExpectedOk) << pToken;
-    if (!lExpectedOk) return;
-    uint64_t lExpectedBits = 0;
-    uint64_t lActualBits = 0;
-    std::memcpy(&lExpectedBits, &lExpected, sizeof lExpected);
-    std::memcpy(&lActualBits, &lActual, sizeof lActual);
-    ASSERT_EQ(lActualBits, lExpectedBits) << pToken;
-}
-
-} // namespace
-
+// What the reader promises: from_chars on the whole token, one leading '+' allowed, NaN refused;
+// the value bit for bit (-0 is not 0).
 TEST(AmcReaderValues, EdgeTokensReadExactlyAsFromChars)
 {
-    for (const char* lToken :
+    for (const std::string lToken :
          {"0", "-0", "-0.0", "00012.5000", "7.62852e-016", "1E5", "1e+22", "1e23", "1e-22", "4.9e-324", "1e400",
           "9007199254740992", "9007199254740993", "1234567890123456789", "12345678901234567890", "0.1", "0.3",
           "-2.07272e-014", "1.", ".5", "+5", "+-5", "-+5", "++5", "inf", "-inf", "+infinity", "nan", "1e", "1e+",
           "1e0001", "1e00001", "1x", "x", "", "-", ".", "1..2", "1.2.3", "0x10", "1,5", "0.7", "-123.456",
           "2.675", "98765.4321e-10", "-0.000123456789", "3.141592653589793", "1.7976931348623157e308"})
-        ExpectReadLikeFromChars(lToken);
+    {
+        const char* const lEnd = lToken.data() + lToken.size();
+        double lExpected = 0.0;
+        const auto lFrom = std::from_chars(lToken.data() + (lToken.rfind('+', 0) == 0 ? 1 : 0), lEnd, lExpected);
+        const bool lExpectedOk = lFrom.ec == std::errc() && lFrom.ptr == lEnd && !std::isnan(lExpected);
+        double lActual = 0.0;
+        ASSERT_EQ(orvasf::OrvAmcReader::ParseValue(lToken, lActual), lExpectedOk) << lToken;
+        EXPECT_TRUE(!lExpectedOk || std::memcmp(&lActual, &lExpected, sizeof lActual) == 0) << lToken;
+    }
 }
