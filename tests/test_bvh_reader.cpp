@@ -114,8 +114,6 @@ TEST_F(BvhReader, HostWorldPositionsFollowTheBvhMeaningInEveryLayoutOfRealFiles)
         mScene->GetRootNode()->RemoveChild(mScene->GetRootNode()->GetChild(0));
         const orvasf::OrvBvhReadResult lResult = Read(lText);
         ASSERT_TRUE(lResult.mSucceeded) << lText << ::testing::PrintToString(Messages());
-        EXPECT_EQ(lResult.mFrameCount, 3);
-        EXPECT_DOUBLE_EQ(lResult.mFrameTime, 0.04);
         EXPECT_LT(bvhtest::LargestDifference(bvhtest::Parse(kSmallBvh), lResult.mRoot, lResult.mFramesPerSecond), 1e-4);
     }
 }

@@ -88,10 +88,13 @@ struct Tally
 };
 
 // Compares the host below pRoot, keyed at pFramesPerSecond, with every checked frame of pMotion,
-// finding the host position of each BVH entry with pFind.
+// which holds pFrameCount frames, finding the host position of each BVH entry with pFind.
 template <typename FindNode>
-void CompareMotion(const bvhtest::Motion& pMotion, OrvNode* pRoot, double pFramesPerSecond, FindNode pFind, Tally& pTally)
+void CompareMotion(const bvhtest::Motion& pMotion, int pFrameCount, OrvNode* pRoot, double pFramesPerSecond,
+                   FindNode pFind, Tally& pTally)
 {
+    ASSERT_TRUE(pMotion.mValid);
+    ASSERT_EQ(pMotion.mFrames.size(), static_cast<size_t>(pFrameCount));
     ++pTally.mRuns;
     for (size_t f : FramesToCheck(pMotion.mFrames.size()))
     {
@@ -147,9 +150,8 @@ TEST_F(BvhInterchangeRealData, WrittenBvhPutsEveryJointWhereTheHostDoes)
             ASSERT_TRUE(orvasf::OrvBvhWriter().Write(lBvh.c_str(), lImport.mRoot, lSettings));
             const bvhtest::Motion lMotion = bvhtest::Parse(testfiles::ReadFile(lBvh));
             std::filesystem::remove(lBvh);
-            ASSERT_TRUE(lMotion.mValid);
-            ASSERT_EQ(static_cast<int>(lMotion.mFrames.size()), lImport.mFrameCount);
-            CompareMotion(lMotion, lImport.mRoot, kAmcFramesPerSecond, bvhtest::NodeOrJointOf, lTally);
+            CompareMotion(lMotion, lImport.mFrameCount, lImport.mRoot, kAmcFramesPerSecond, bvhtest::NodeOrJointOf,
+                          lTally);
             if (HasFatalFailure()) return;
         }
     lTally.Print("ASF/AMC to BVH", "cm");
@@ -173,9 +175,7 @@ TEST_F(BvhInterchangeRealData, HostFromBvhAndItsAsfAmcExportPutEveryJointWhereTh
         lSource.mRoot = lResult.mRoot;
         lSource.mFrameCount = lResult.mFrameCount;
         const bvhtest::Motion lMotion = bvhtest::Parse(testfiles::ReadFile(lPath));
-        ASSERT_TRUE(lMotion.mValid);
-        ASSERT_EQ(static_cast<int>(lMotion.mFrames.size()), lResult.mFrameCount);
-        CompareMotion(lMotion, lSource.mRoot, lResult.mFramesPerSecond, bvhtest::NodeNamed, lIn);
+        CompareMotion(lMotion, lResult.mFrameCount, lSource.mRoot, lResult.mFramesPerSecond, bvhtest::NodeNamed, lIn);
         if (HasFatalFailure()) return;
         if (kSanitized && lMotion.mFrames.size() > kSanitizedMaxFrames) continue;
         for (const SetupFlags& lFlags : FlagSettings())
@@ -186,7 +186,7 @@ TEST_F(BvhInterchangeRealData, HostFromBvhAndItsAsfAmcExportPutEveryJointWhereTh
             if (HasFatalFailure()) return;
             ASSERT_EQ(lImport.mFrameCount, lResult.mFrameCount);
             // The import keys frame f at f / 120 s, the BVH at f times its frame time.
-            CompareMotion(lMotion, lImport.mRoot, kAmcFramesPerSecond, ImportedJoint, lBack);
+            CompareMotion(lMotion, lResult.mFrameCount, lImport.mRoot, kAmcFramesPerSecond, ImportedJoint, lBack);
             if (HasFatalFailure()) return;
         }
     }

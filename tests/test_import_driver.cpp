@@ -119,7 +119,6 @@ TEST(ImportDriver, RefusedFileEndsWithTheErrorAtItsFileAndLineAndAttachesNoNode)
 TEST(ImportDriver, SurprisingSettingsWarnOnce)
 {
     const auto kGimbal = OrvRotationFilter::eGimbalKiller;
-    const auto kNone = OrvRotationFilter::eNone;
     struct Case
     {
         const char* mPosition;
@@ -134,7 +133,7 @@ TEST(ImportDriver, SurprisingSettingsWarnOnce)
         {"0 0 0", "ry rx rz", Settings(true, true, kGimbal), "gimbal-killer"},
         {"0 0 0", "rz rx", Settings(true, true, kGimbal), "gimbal-killer"},
         {"0 0 0", "ry rx rz", Settings(true, true, OrvRotationFilter::eUnroll), ""},
-        {"0 0 0", "ry rx rz", Settings(true, true, kNone), ""},
+        {"0 0 0", "ry rx rz", Settings(true, true, OrvRotationFilter::eNone), ""},
         {"0 0 0", "tx", Settings(true, true, kGimbal), ""},
         {"0 0 0", "rx ry rz", Settings(false, false), ""},
         {"0 0 1", "rx ry rz", Settings(false, false), kRootWarning},

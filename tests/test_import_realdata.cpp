@@ -54,8 +54,7 @@ protected:
         if (!HasSharedData() && std::string(GetParam().mAsf) != "walker") GTEST_SKIP() << "no shared data folder";
         OrvFileAcclaimAsf lFile(false);
         OrvAsfScene lAsf;
-        ASSERT_TRUE(lFile.Open(PairFile("asf", GetParam().mAsf, ".asf").c_str()));
-        ASSERT_TRUE(lFile.Read(&lAsf, false, false, false));
+        ASSERT_TRUE(lFile.Open(PairFile("asf", GetParam().mAsf, ".asf").c_str()) && lFile.Read(&lAsf, false, false, false));
         mSkeleton = DescribeSkeleton(lAsf);
         mMotion = ReadMotion(PairFile("amc", GetParam().mAmc, ".amc"), mSkeleton);
         ASSERT_FALSE(mMotion.mFrames.empty());
