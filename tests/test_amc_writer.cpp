@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <sstream>
 #include <string>
 
 using namespace orvsdk;
@@ -136,41 +135,13 @@ TEST_F(AmcWriter, ImportOfTheWrittenPairPutsEveryJointWhereTheHostDoes)
         mScene = CreateHostScene();  // without the joints of the round before
         Build(lRestInTranslation);
         WritePair();
+        // What the import cannot tell: the header lines, and frames numbered from 1.
+        const std::string lText = testfiles::ReadFile(mAmcPath);
+        EXPECT_EQ(lText.substr(0, lText.find("\nroot ")), "#!OML:ASF skeleton.asf\n:FULLY-SPECIFIED\n:DEGREES\n1");
         for (const SetupFlags& lFlags : kAllSetupFlags)
             EXPECT_LT(LargestDifferenceAfterImport(lFlags), 1e-4) << FlagsText(lFlags) << ", rest in translation "
                                                                    << lRestInTranslation;
     }
-}
-
-TEST_F(AmcWriter, WritesOneLinePerBoneWithDofsInEveryNumberedFrame)
-{
-    Build(false);
-    WritePair();
-    std::istringstream lLines(testfiles::ReadFile(mAmcPath));
-    std::string lLine;
-    std::vector<std::string> lFirstWords;
-    std::vector<size_t> lValueCounts;
-    while (std::getline(lLines, lLine))
-    {
-        std::istringstream lWords(lLine);
-        std::string lWord;
-        lWords >> lWord;
-        lFirstWords.push_back(lWord);
-        size_t lCount = 0;
-        for (std::string lValue; lWords >> lValue;) ++lCount;
-        lValueCounts.push_back(lCount);
-    }
-    const std::vector<std::string> lFrame = {"root", "Spine", "Head", "LeftLeg", "RightLeg"};
-    std::vector<std::string> lExpected = {"#!OML:ASF", ":FULLY-SPECIFIED", ":DEGREES"};
-    for (int f = 1; f <= kFrameCount; ++f)
-    {
-        lExpected.push_back(std::to_string(f));
-        lExpected.insert(lExpected.end(), lFrame.begin(), lFrame.end());
-    }
-    EXPECT_EQ(lFirstWords, lExpected);
-    EXPECT_EQ(lValueCounts[0], 1u); // the skeleton file name
-    for (size_t i = 3; i < lValueCounts.size(); ++i)
-        EXPECT_EQ(lValueCounts[i], lFirstWords[i][0] >= '0' && lFirstWords[i][0] <= '9' ? 0u : 6u) << lFirstWords[i];
 }
 
 TEST_F(AmcWriter, ReportsAFileThatCannotBeCreated)

@@ -15,45 +15,10 @@
 #include <string>
 
 using namespace orvsdk;
+using bvhtest::kSmallBvh;
+using bvhtest::Replace;
 
 namespace {
-
-// Hips (ROOT, six channels, rotations listed Z X Y)
-// +-- Chest (rotations X Y Z)
-// |   `-- End Site
-// `-- Leg (rotations Y and Z only, with position channels between them)
-//     `-- End Site
-const char* const kSmallBvh =
-    "HIERARCHY\n"
-    "ROOT Hips\n"
-    "{\n"
-    "  OFFSET 1 2 3\n"
-    "  CHANNELS 6 Xposition Yposition Zposition Zrotation Xrotation Yrotation\n"
-    "  JOINT Chest\n"
-    "  {\n"
-    "    OFFSET 0 10 0\n"
-    "    CHANNELS 3 Xrotation Yrotation Zrotation\n"
-    "    End Site\n"
-    "    {\n"
-    "      OFFSET 0 5 0\n"
-    "    }\n"
-    "  }\n"
-    "  JOINT Leg\n"
-    "  {\n"
-    "    OFFSET 3 -1 0\n"
-    "    CHANNELS 5 Yrotation Xposition Zrotation Yposition Zposition\n"
-    "    End Site\n"
-    "    {\n"
-    "      OFFSET 0 -8 0\n"
-    "    }\n"
-    "  }\n"
-    "}\n"
-    "MOTION\n"
-    "Frames: 3\n"
-    "Frame Time: 0.04\n"
-    "0 0 0 0 0 0 0 0 0 0 0 0 0 0\n"
-    "5 -2 7.5 30 -45 60 10 20 -30 15 1 -25 2 3\n"
-    "-3 1 2 170 80 -120 -90 45 135 -60 -1 88 0.5 -4\n";
 
 class BvhReader : public ::testing::Test
 {
@@ -71,107 +36,39 @@ protected:
         return lTexts;
     }
 
-    // Largest distance between the host's world positions and the independent reading of pText,
-    // over every joint, End Site and frame.
-    double LargestDifference(const std::string& pText, OrvNode* pRoot, double pFramesPerSecond)
-    {
-        const bvhtest::Motion lMotion = bvhtest::Parse(pText);
-        EXPECT_TRUE(lMotion.mValid);
-        double lLargest = 0.0;
-        for (size_t f = 0; f < lMotion.mFrames.size(); ++f)
-        {
-            const OrvTime lTime = OrvTime::FromFrame(static_cast<double>(f), pFramesPerSecond);
-            bvhtest::CompareFrame(lMotion, f, bvhtest::HostPositions(pRoot, lTime), bvhtest::NodeNamed, lLargest);
-        }
-        return lLargest;
-    }
-
     OrvScenePtr mScene = hosttest::CreateHostScene();
     OrvAnimStack* mStack = mScene->GetCurrentAnimationStack();
     orvasf::OrvBvhReader mReader;
 };
 
-std::string Replace(std::string pText, const std::string& pFrom, const std::string& pTo)
-{
-    const size_t lAt = pText.find(pFrom);
-    EXPECT_NE(lAt, std::string::npos) << pFrom;
-    if (lAt != std::string::npos) pText.replace(lAt, pFrom.size(), pTo);
-    return pText;
-}
-
-OrvEuler::EOrder OrderOf(const OrvNode* pNode)
-{
-    OrvEuler::EOrder lOrder = OrvEuler::eOrderXYZ;
-    pNode->GetRotationOrder(OrvNode::eSourcePivot, lOrder);
-    return lOrder;
-}
-
 } // namespace
 
-TEST_F(BvhReader, BuildsOneNodePerJointAndEndSiteWithOffsetsInTheRotationOffset)
+// Where the positions cannot tell: the counts, the skeleton types, offsets in the rotation offset
+// rather than the translation, a name-space prefix kept, and no curve for a channel not listed.
+TEST_F(BvhReader, BuildsOneNodePerJointAndEndSiteAndOneCurvePerListedChannel)
 {
-    const orvasf::OrvBvhReadResult lResult = Read(kSmallBvh);
+    const orvasf::OrvBvhReadResult lResult = Read(Replace(kSmallBvh, "ROOT Hips", "ROOT mixamorig:Hips"));
     ASSERT_TRUE(lResult.mSucceeded) << ::testing::PrintToString(Messages());
     EXPECT_EQ(lResult.mJointCount, 3);
     EXPECT_EQ(lResult.mEndSiteCount, 2);
     EXPECT_EQ(lResult.mChannelCount, 14);
-    EXPECT_EQ(lResult.mFrameCount, 3);
-    EXPECT_DOUBLE_EQ(lResult.mFramesPerSecond, 25.0);
     EXPECT_TRUE(lResult.mHasJointTranslation);
 
     OrvNode* lHips = lResult.mRoot;
     ASSERT_EQ(mScene->GetRootNode()->GetChild(0), lHips);
-    EXPECT_STREQ(lHips->GetName(), "Hips");
+    EXPECT_STREQ(lHips->GetName(), "mixamorig:Hips");
     EXPECT_EQ(lHips->GetSkeleton()->GetSkeletonType(), OrvSkeleton::eRoot);
-    ASSERT_EQ(lHips->GetChildCount(), 2);
-    OrvNode* lChest = lHips->GetChild(0);
     OrvNode* lLeg = lHips->GetChild(1);
-    EXPECT_STREQ(lChest->GetName(), "Chest");
-    EXPECT_STREQ(lLeg->GetName(), "Leg");
-    ASSERT_EQ(lChest->GetChildCount(), 1);
-    EXPECT_STREQ(lChest->GetChild(0)->GetName(), "Chest_End");
-    EXPECT_STREQ(lLeg->GetChild(0)->GetName(), "Leg_End");
     EXPECT_EQ(lLeg->GetChild(0)->GetSkeleton()->GetSkeletonType(), OrvSkeleton::eLimbNode);
-
-    EXPECT_EQ(lHips->GetRotationOffset(OrvNode::eSourcePivot), OrvVector4(1, 2, 3));
     EXPECT_EQ(lLeg->GetRotationOffset(OrvNode::eSourcePivot), OrvVector4(3, -1, 0));
-    EXPECT_EQ(lLeg->GetChild(0)->GetRotationOffset(OrvNode::eSourcePivot), OrvVector4(0, -8, 0));
     EXPECT_EQ(lLeg->EvaluateLocalTranslation(OrvTime()), OrvVector4(0, 0, 0));
-    EXPECT_EQ(lHips->GetPreRotation(OrvNode::eSourcePivot), OrvVector4());
-}
 
-TEST_F(BvhReader, RotationOrderIsTheReverseOfTheListedRotationChannels)
-{
-    ASSERT_TRUE(Read(kSmallBvh).mSucceeded);
-    OrvNode* lHips = mScene->GetRootNode()->GetChild(0);
-    EXPECT_TRUE(lHips->GetRotationActive());
-    EXPECT_EQ(OrderOf(lHips), OrvEuler::eOrderYXZ);              // Z X Y listed: Y applies first
-    EXPECT_EQ(OrderOf(lHips->GetChild(0)), OrvEuler::eOrderZYX); // X Y Z listed
-    EXPECT_EQ(OrderOf(lHips->GetChild(1)), OrvEuler::eOrderZYX); // Y Z listed; X never turns
-}
-
-TEST_F(BvhReader, EveryChannelGetsOneCurveKeyedAtEveryFrame)
-{
-    ASSERT_TRUE(Read(kSmallBvh).mSucceeded);
-    OrvNode* lLeg = mScene->GetRootNode()->GetChild(0)->GetChild(1);
+    // Leg lists Yrotation Xposition Zrotation Yposition Zposition: no curve turns it about X.
     OrvAnimCurveNode* lTranslation = lLeg->LclTranslation.GetCurveNode(mStack);
-    OrvAnimCurveNode* lRotation = lLeg->LclRotation.GetCurveNode(mStack);
     ASSERT_NE(lTranslation, nullptr);
-    ASSERT_NE(lRotation, nullptr);
-    for (unsigned lChannel = 0; lChannel < 3; ++lChannel) EXPECT_EQ(lTranslation->GetCurveCount(lChannel), 1);
-    EXPECT_EQ(lRotation->GetCurveCount(0), 0);
-    EXPECT_EQ(lRotation->GetCurveCount(1), 1);
-    EXPECT_EQ(lRotation->GetCurveCount(2), 1);
-
-    // Leg's channels are values 9 to 13 of a frame: Yrotation Xposition Zrotation Yposition Zposition.
-    const OrvAnimCurve* lXposition = lTranslation->GetCurve(0);
-    EXPECT_STREQ(lXposition->GetName(), "Leg_Xposition");
-    ASSERT_EQ(lXposition->KeyGetCount(), 3);
-    EXPECT_FLOAT_EQ(lXposition->KeyGetValue(1), 1.0f);
-    EXPECT_FLOAT_EQ(lXposition->KeyGetValue(2), -1.0f);
-    EXPECT_EQ(lXposition->KeyGetTime(2), OrvTime::FromFrame(2, 25.0));
-    EXPECT_FLOAT_EQ(lRotation->GetCurve(2)->KeyGetValue(2), 88.0f);
-    EXPECT_FLOAT_EQ(lRotation->GetCurve(1)->KeyGetValue(1), 15.0f);
+    EXPECT_STREQ(lTranslation->GetCurve(0)->GetName(), "Leg_Xposition");
+    EXPECT_EQ(lTranslation->GetCurve(0)->KeyGetCount(), 3);
+    EXPECT_EQ(lLeg->LclRotation.GetCurveNode(mStack)->GetCurveCount(0), 0);
 }
 
 TEST_F(BvhReader, AllSixRotationOrdersPoseLikeTheBvhMeaning)
@@ -193,25 +90,21 @@ TEST_F(BvhReader, AllSixRotationOrdersPoseLikeTheBvhMeaning)
     }
     const orvasf::OrvBvhReadResult lResult = Read(lText);
     ASSERT_TRUE(lResult.mSucceeded) << ::testing::PrintToString(Messages());
-    EXPECT_LT(LargestDifference(lText, lResult.mRoot, lResult.mFramesPerSecond), 1e-4);
+    EXPECT_LT(bvhtest::LargestDifference(bvhtest::Parse(lText), lResult.mRoot, lResult.mFramesPerSecond), 1e-4);
 }
 
 TEST_F(BvhReader, HostWorldPositionsFollowTheBvhMeaningInEveryLayoutOfRealFiles)
 {
+    // The host text file's own tests cover the blanks and line ends between tokens; here they
+    // reach the frame lines and the labels, which the reader splits itself.
+    std::string lTabsAndCrlf;
+    for (const char lChar : std::string(kSmallBvh))
+        lTabsAndCrlf += lChar == '\n' ? "\r\n" : lChar == ' ' ? "\t" : std::string(1, lChar);
     const std::string lVariants[] = {
         kSmallBvh,
-        Replace(kSmallBvh, "\n", "\r\n"), // CRLF (first line)
-        [] {
-            std::string lText = kSmallBvh;
-            std::replace(lText.begin(), lText.end(), ' ', '\t'); // tabs
-            std::string lCrlf;
-            for (char lChar : lText) lChar == '\n' ? lCrlf += "\r\n" : lCrlf += lChar;
-            return lCrlf; // and CRLF throughout
-        }(),
+        lTabsAndCrlf,  // "Frames:\t3" and "Frame\tTime:\t0.04" among others
         std::string(kSmallBvh).substr(0, std::string(kSmallBvh).size() - 1), // no final newline
-        Replace(kSmallBvh, "Frames: 3", "Frames:\t3"),
-        Replace(kSmallBvh, "Frames: 3", "Frames :3"),
-        Replace(kSmallBvh, "Frame Time: 0.04", "Frame Time:0.04"),
+        Replace(Replace(kSmallBvh, "Frames: 3", "Frames :3"), "Frame Time: 0.04", "Frame Time:0.04"),
         Replace(kSmallBvh, "Frame Time: 0.04", "Frame  Time :\t.04"),
         Replace(Replace(kSmallBvh, "HIERARCHY", "hierarchy"), "Xposition", "XPOSITION"),
         Replace(kSmallBvh, "0.5 -4\n", "0.5 -4\n\n\n"), // blank lines at the end
@@ -221,17 +114,8 @@ TEST_F(BvhReader, HostWorldPositionsFollowTheBvhMeaningInEveryLayoutOfRealFiles)
         mScene->GetRootNode()->RemoveChild(mScene->GetRootNode()->GetChild(0));
         const orvasf::OrvBvhReadResult lResult = Read(lText);
         ASSERT_TRUE(lResult.mSucceeded) << lText << ::testing::PrintToString(Messages());
-        EXPECT_EQ(lResult.mFrameCount, 3);
-        EXPECT_DOUBLE_EQ(lResult.mFrameTime, 0.04);
-        EXPECT_LT(LargestDifference(kSmallBvh, lResult.mRoot, lResult.mFramesPerSecond), 1e-4);
+        EXPECT_LT(bvhtest::LargestDifference(bvhtest::Parse(kSmallBvh), lResult.mRoot, lResult.mFramesPerSecond), 1e-4);
     }
-}
-
-TEST_F(BvhReader, KeepsNameSpacePrefixesInNodeNames)
-{
-    const orvasf::OrvBvhReadResult lResult = Read(Replace(kSmallBvh, "ROOT Hips", "ROOT mixamorig:Hips"));
-    ASSERT_TRUE(lResult.mSucceeded);
-    EXPECT_STREQ(lResult.mRoot->GetName(), "mixamorig:Hips");
 }
 
 TEST_F(BvhReader, WarnsAboutTextAfterTheAnnouncedFrames)
@@ -244,13 +128,8 @@ TEST_F(BvhReader, WarnsAboutTextAfterTheAnnouncedFrames)
 
 TEST_F(BvhReader, RefusedFilesNameFileAndLineAndBuildNothing)
 {
-    struct Case
-    {
-        std::string mText;
-        std::string mMessage;
-    };
     const std::string lSmall = kSmallBvh;
-    const Case lCases[] = {
+    const std::pair<std::string, std::string> lCases[] = {
         {lSmall.substr(0, lSmall.find("  JOINT Leg")),
          "test.bvh:14: error: The file ends inside the hierarchy: joint \"Hips\" is not closed"},
         {Replace(kSmallBvh, "5 -2 7.5 30", "5 -2 7.5"),
@@ -286,24 +165,14 @@ TEST_F(BvhReader, RefusedFilesNameFileAndLineAndBuildNothing)
         {"", "test.bvh: error: The file is empty; a BVH file starts with HIERARCHY"},
         {lSmall + std::string("\0\n", 2), "test.bvh:31: error: NUL byte in line"},
     };
-    for (const Case& lCase : lCases)
+    for (const auto& [lText, lMessage] : lCases)
     {
         const int lObjects = mScene->GetObjectCount();
-        const orvasf::OrvBvhReadResult lResult = Read(lCase.mText);
-        EXPECT_FALSE(lResult.mSucceeded) << lCase.mText;
+        const orvasf::OrvBvhReadResult lResult = Read(lText);
+        EXPECT_FALSE(lResult.mSucceeded) << lText;
         EXPECT_EQ(lResult.mRoot, nullptr);
         EXPECT_EQ(mScene->GetObjectCount(), lObjects);
         EXPECT_EQ(mScene->GetRootNode()->GetChildCount(), 0);
-        const std::vector<std::string> lMessages = Messages();
-        ASSERT_EQ(lMessages.size(), 1u) << lCase.mText;
-        EXPECT_EQ(lMessages[0], lCase.mMessage);
+        EXPECT_EQ(Messages(), std::vector<std::string>{lMessage});
     }
-}
-
-TEST_F(BvhReader, ReadsNothingFromAMissingFile)
-{
-    const orvasf::OrvBvhReadResult lResult = mReader.Read("/nonexistent/file.bvh", mScene->GetRootNode(), mStack);
-    EXPECT_FALSE(lResult.mSucceeded);
-    ASSERT_EQ(Messages().size(), 1u);
-    EXPECT_EQ(Messages()[0].rfind("/nonexistent/file.bvh: error: Can't open BVH file", 0), 0u) << Messages()[0];
 }

@@ -1,6 +1,5 @@
-// The BVH writer: the hierarchy and channels it chooses, that the written file posed with the BVH
-// meaning (tests/support/BvhReference.h) puts every joint where the host does, and its output
-// handling.
+// The BVH writer: the hierarchy and channels it chooses, and that the written file posed with the
+// BVH meaning (tests/support/BvhReference.h) puts every joint where the host does.
 
 #include "support/BvhReference.h"
 #include "support/HostSceneSupport.h"
@@ -10,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <filesystem>
 #include <string>
 
@@ -76,71 +74,22 @@ TEST_F(BvhWriter, WritesTheJointsWithChannelsInTheirHostOrder)
     const std::string lText = Write();
     const std::string lHierarchy = lText.substr(0, lText.find("MOTION"));
     EXPECT_EQ(lHierarchy,
-              "HIERARCHY\n"
-              "ROOT Root\n"
-              "{\n"
-              "  OFFSET 1 2 3\n"
+              "HIERARCHY\nROOT Root\n{\n  OFFSET 1 2 3\n"
               "  CHANNELS 6 Xposition Yposition Zposition Yrotation Xrotation Zrotation\n"
-              "  JOINT Spine\n"
-              "  {\n"
-              "    OFFSET 0 11 0\n"
-              "    CHANNELS 3 Xrotation Zrotation Yrotation\n"
-              "    End Site\n"
-              "    {\n"
-              "      OFFSET 0 5 0\n"
-              "    }\n"
-              "  }\n"
-              "  JOINT Arm\n"
-              "  {\n"
-              "    OFFSET 0 0 0\n"
+              "  JOINT Spine\n  {\n    OFFSET 0 11 0\n    CHANNELS 3 Xrotation Zrotation Yrotation\n"
+              "    End Site\n    {\n      OFFSET 0 5 0\n    }\n  }\n"
+              "  JOINT Arm\n  {\n    OFFSET 0 0 0\n"
               "    CHANNELS 6 Xposition Yposition Zposition Zrotation Yrotation Xrotation\n"
-              "    End Site\n"
-              "    {\n"
-              "      OFFSET 0 0 0\n"
-              "    }\n"
-              "  }\n"
-              "}\n");
+              "    End Site\n    {\n      OFFSET 0 0 0\n    }\n  }\n}\n");
     EXPECT_NE(lText.find("MOTION\nFrames: 3\nFrame Time: 0.0333333333\n"), std::string::npos);
+    const std::string lNoFrames = Write(0);
+    EXPECT_EQ(lNoFrames.substr(lNoFrames.find("MOTION")), "MOTION\nFrames: 0\nFrame Time: 0.0333333333\n");
 }
 
 TEST_F(BvhWriter, WrittenFilePutsEveryJointWhereTheHostDoes)
 {
     const bvhtest::Motion lMotion = bvhtest::Parse(Write());
-    ASSERT_TRUE(lMotion.mValid);
     ASSERT_EQ(lMotion.mFrames.size(), 3u);
-    double lLargest = 0.0;
-    for (size_t f = 0; f < 3; ++f)
-    {
-        // Arm has no end node: its End Site sits at the joint.
-        const auto lHost = bvhtest::HostPositions(mRoot, OrvTime::FromFrame(static_cast<double>(f), kFramesPerSecond));
-        bvhtest::CompareFrame(lMotion, f, lHost, bvhtest::NodeOrJointOf, lLargest);
-    }
-    EXPECT_LT(lLargest, 1e-6);
-}
-
-TEST_F(BvhWriter, PrintsNumbersWithAPointWhateverTheLocale)
-{
-    SetProperty(mRoot->GetChild(0)->GetChild(0)->LclTranslation, OrvVector4(0.5, 2.25, -0.125));
-    const std::string lPrevious = std::setlocale(LC_ALL, nullptr);
-    if (!std::setlocale(LC_ALL, "de_DE.UTF-8") && !std::setlocale(LC_ALL, "de_DE.utf8"))
-        GTEST_SKIP() << "no German locale installed";
-    const std::string lText = Write();
-    std::setlocale(LC_ALL, lPrevious.c_str());
-    EXPECT_NE(lText.find("OFFSET 0.5 2.25 -0.125"), std::string::npos);
-    EXPECT_NE(lText.find("Frame Time: 0.0333333333"), std::string::npos);
-    EXPECT_EQ(lText.find(','), std::string::npos);
-}
-
-TEST_F(BvhWriter, WritesNoFrameLinesForZeroFrames)
-{
-    const std::string lText = Write(0);
-    EXPECT_EQ(lText.substr(lText.find("MOTION")), "MOTION\nFrames: 0\nFrame Time: 0.0333333333\n");
-}
-
-TEST_F(BvhWriter, ReportsAFileThatCannotBeCreated)
-{
-    orvasf::OrvBvhWriteSettings lSettings;
-    EXPECT_FALSE(mWriter.Write("/nonexistent/dir/out.bvh", mRoot, lSettings));
-    ASSERT_EQ(mWriter.GetFile().GetMessages().size(), 1u);
-    EXPECT_EQ(mWriter.GetFile().GetMessages()[0].mText.rfind("Can't create BVH file /nonexistent/dir/out.bvh", 0), 0u);
+    // Arm has no end node: its End Site sits at the joint.
+    EXPECT_LT(bvhtest::LargestDifference(lMotion, mRoot, kFramesPerSecond, bvhtest::NodeOrJointOf), 1e-6);
 }

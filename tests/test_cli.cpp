@@ -1,6 +1,7 @@
 // End-to-end tests of the orvasf command-line tool: each subcommand is run as a process on the
-// sample data (and on a few real pairs when present), checking exit statuses, messages and the
-// shape of what it writes.
+// sample data, checking exit statuses, messages and the shape of what it writes; "convert" in
+// both directions, compared through the tool's own "pose" output.
+#include "support/BvhReference.h"
 #include "support/ToolRunner.h"
 
 #include <nlohmann/json.hpp>
@@ -19,27 +20,7 @@ const std::string sSample = Quoted(kSampleAsf);
 const std::string sSampleMotion = Quoted(kSampleAmc);
 const std::string sSamplePair = sSample + " " + sSampleMotion;
 
-class CliTest : public ToolTest
-{
-protected:
-    // The sample motion with its 0-based line pIndex replaced by pLine, written as bad.amc.
-    std::string SampleMotionWithLine(size_t pIndex, const std::string& pLine) const
-    {
-        std::vector<std::string> lLines = Lines(ReadFile(kSampleAmc));
-        lLines.at(pIndex) = pLine;
-        std::string lText;
-        for (const std::string& lLine : lLines) lText += lLine + "\n";
-        WriteFile(WorkPath("bad.amc"), lText);
-        return Work("bad.amc");
-    }
-
-    nlohmann::json ImportJson(const std::string& pArguments) const
-    {
-        const ToolRun lRun = Run("import " + pArguments);
-        EXPECT_EQ(lRun.mStatus, 0) << lRun.mErr;
-        return nlohmann::json::parse(lRun.mOut.empty() ? "{}" : lRun.mOut);
-    }
-};
+using CliTest = ToolTest;
 
 TEST_F(CliTest, HelpOnEverySubcommandExitsZeroAndListsExitStatuses)
 {
@@ -71,9 +52,7 @@ TEST_F(CliTest, FailedRunsExitWithTheirStatusAndSayWhy)
         {"format " + sSample, 2},
         {"check " + Work("missing.asf"), 1},
         {"import " + sSample + " -o " + Work("missing/scene.json"), 3},
-        {"pose " + sSamplePair + " --frames 0 -o " + Work("missing/pose.csv"), 3},
         {"export " + sSample + " -o " + Work("missing/out.asf"), 3},
-        {"format " + sSample + " -o " + Work("missing/out.asf"), 3},
     };
     for (const auto& [lCommand, lStatus] : lRuns)
     {
@@ -116,9 +95,10 @@ TEST_F(CliTest, TreeIndentsBonesWithDofsLengthsAndLimits)
 
 TEST_F(CliTest, ImportWritesEveryNodeAndCurveAsJson)
 {
-    ASSERT_EQ(Run("import " + sSample + " --motion " + sSampleMotion + " -o " + Work("scene.json")).mOut, "");
+    const std::string lFlags = " --rotation-offset --pre-rotation --limits --take Walk";
+    ASSERT_EQ(Run("import " + sSample + " --motion " + sSampleMotion + lFlags + " -o " + Work("scene.json")).mOut, "");
     const nlohmann::json lScene = nlohmann::json::parse(ReadFile(WorkPath("scene.json")));
-    EXPECT_EQ(lScene["take"], "Take 001");
+    EXPECT_EQ(lScene["take"], "Walk");
 
     const nlohmann::json& lNodes = lScene["nodes"];
     ASSERT_EQ(lNodes.size(), static_cast<size_t>(kSampleNodes));
@@ -129,9 +109,13 @@ TEST_F(CliTest, ImportWritesEveryNodeAndCurveAsJson)
         lSeen.insert(lNode["name"].get<std::string>());
         EXPECT_EQ(lNode["attribute"]["type"], "skeleton");
     }
-    EXPECT_EQ(lSeen.count("lfoot_End"), 1u);
-    EXPECT_EQ(lNodes[2]["name"], "lfemur");
-    EXPECT_EQ(lNodes[2]["rotation"], nlohmann::json::array({0.0, 0.0, 20.0}));
+    // The set-up flags move the rest pose into the pivots.
+    const nlohmann::json& lFemur = lNodes[2];
+    EXPECT_EQ(lFemur["name"], "lfemur");
+    EXPECT_EQ(lFemur["translation"], nlohmann::json::array({0.0, 0.0, 0.0}));
+    EXPECT_NE(lFemur["rotationOffset"], nlohmann::json::array({0.0, 0.0, 0.0}));
+    EXPECT_DOUBLE_EQ(lFemur["preRotation"][2].get<double>(), 20.0);
+    EXPECT_EQ(lFemur["rotationLimits"]["active"], true);
 
     // 60 rotation and translation curves of the bones with DOFs, one key per frame each.
     const nlohmann::json& lCurves = lScene["curves"];
@@ -140,19 +124,6 @@ TEST_F(CliTest, ImportWritesEveryNodeAndCurveAsJson)
     EXPECT_EQ(lCurves[0]["name"], "root_tx");
     EXPECT_EQ(lCurves[0]["property"], "translation");
     EXPECT_DOUBLE_EQ(lCurves[0]["keys"][1][0].get<double>(), 1.0 / 120.0);
-}
-
-TEST_F(CliTest, ImportSetUpFlagsMoveTheRestPoseIntoPivots)
-{
-    const nlohmann::json lScene = ImportJson(sSample + " --rotation-offset --pre-rotation --limits --take Walk");
-    EXPECT_EQ(lScene["take"], "Walk");
-    const nlohmann::json& lFemur = lScene["nodes"][2];
-    EXPECT_EQ(lFemur["translation"], nlohmann::json::array({0.0, 0.0, 0.0}));
-    EXPECT_NE(lFemur["rotationOffset"], nlohmann::json::array({0.0, 0.0, 0.0}));
-    EXPECT_DOUBLE_EQ(lFemur["preRotation"][2].get<double>(), 20.0);
-    EXPECT_EQ(lFemur["rotationLimits"]["active"], true);
-    // Without a motion every curve had no key and was dropped.
-    EXPECT_TRUE(lScene["curves"].empty());
 }
 
 TEST_F(CliTest, ImportSummaryCountsTheSample)
@@ -182,36 +153,6 @@ TEST_F(CliTest, PosePrintsOneRowPerFrameAndNode)
     EXPECT_EQ(Lines(ReadFile(WorkPath("pose.csv"))).size(), 1u + static_cast<size_t>(kSampleFrames) * kSampleNodes);
 }
 
-TEST_F(CliTest, PoseWorldPositionsDoNotDependOnTheSetUpFlags)
-{
-    const std::string lPose = "pose " + sSamplePair + " --frames 0,57,203";
-    const auto lPlain = PoseRows(Run(lPose).mOut);
-    ASSERT_EQ(lPlain.size(), 3u * kSampleNodes);
-    for (const char* lFlags : {" --rotation-offset", " --pre-rotation", " --rotation-offset --pre-rotation"})
-    {
-        SCOPED_TRACE(lFlags);
-        const PoseTable lFlagged = PoseRows(Run(lPose + lFlags).mOut);
-        ASSERT_EQ(lFlagged.size(), lPlain.size());
-        ExpectSamePoses(lPlain, lFlagged, 2e-4);
-    }
-}
-
-TEST_F(CliTest, MotionLinesAreRefusedOrWarnedWithFileAndLine)
-{
-    // Line 7 of the sample is "ltibia 5", line 4 the first frame number; an unknown bone warns.
-    const std::pair<size_t, std::string> lBreakages[] = {{6, "ltibia five"}, {6, "ltibia 5 6"}, {3, "one"}, {6, "tail 5"}};
-    for (const auto& [lIndex, lLine] : lBreakages)
-    {
-        const std::string lMotion = SampleMotionWithLine(lIndex, lLine);
-        const bool lRefused = lLine != "tail 5";
-        const ToolRun lRun = Run("pose " + sSample + " " + lMotion + " --frames 0");
-        EXPECT_EQ(lRun.mStatus, lRefused ? 1 : 0) << lLine;
-        const std::string lWhere = WorkPath("bad.amc").string() + ":" + std::to_string(lIndex + 1) + ": ";
-        EXPECT_NE(lRun.mErr.find(lWhere + (lRefused ? "error: " : "warning: ")), std::string::npos) << lRun.mErr;
-        EXPECT_EQ(Lines(lRun.mOut).size(), lRefused ? 0u : 1u + kSampleNodes) << lLine;
-    }
-}
-
 TEST_F(CliTest, FormatOutputReadsBackToTheSameTree)
 {
     ASSERT_EQ(Run("format " + sSample + " -o " + Work("once.asf")).mStatus, 0);
@@ -220,22 +161,13 @@ TEST_F(CliTest, FormatOutputReadsBackToTheSameTree)
     EXPECT_EQ(Run("tree " + Work("once.asf")).mOut, Run("tree " + sSample).mOut);
 }
 
-TEST_F(CliTest, ExportWritesASkeletonThatReadsBack)
-{
-    ASSERT_EQ(Run("export " + sSample + " -o " + Work("out.asf")).mStatus, 0);
-    EXPECT_NE(Run("check " + Work("out.asf")).mOut.find("skeleton \"ASF\""), std::string::npos);
-
-    ASSERT_EQ(Run("export " + sSample + " -o " + Work("moving.asf") + " --translation-dofs --scale 2,2,2").mStatus, 0);
-    EXPECT_NE(Run("tree " + Work("moving.asf")).mOut.find("lfemur  dof tx ty tz"), std::string::npos);
-}
-
-TEST_F(CliTest, ExportKeepsTheRestPoseInBothModes)
+TEST_F(CliTest, ExportKeepsTheRestPoseInEveryMode)
 {
     // A motion of one frame leaves every curve out, so the pose is the rest pose.
     WriteFile(WorkPath("rest.amc"), "1\nroot 0 0 0 0 0 0\n");
     const auto lOriginal = PoseRows(Run("pose " + sSample + " " + Work("rest.amc")).mOut);
     ASSERT_EQ(lOriginal.size(), static_cast<size_t>(kSampleNodes));
-    for (const char* lMode : {"", " --local-transform"})
+    for (const char* lMode : {"", " --local-transform", " --translation-dofs"})
     {
         SCOPED_TRACE(lMode);
         ASSERT_EQ(Run("export " + sSample + " -o " + Work("out.asf") + lMode).mStatus, 0);
@@ -243,52 +175,74 @@ TEST_F(CliTest, ExportKeepsTheRestPoseInBothModes)
         ASSERT_EQ(lExported.size(), lOriginal.size());
         ExpectSamePoses(lOriginal, lExported, 1e-3);
     }
+    EXPECT_NE(Run("tree " + Work("out.asf")).mOut.find("lfemur  dof tx ty tz"), std::string::npos);
+    EXPECT_NE(Run("check " + Work("out.asf")).mOut.find("skeleton \"ASF\""), std::string::npos);
+    ASSERT_EQ(Run("export " + sSample + " -o " + Work("big.asf") + " --scale 2,2,2").mStatus, 0);
+    EXPECT_NE(Run("tree " + Work("big.asf")).mOut.find("lfemur  dof rx ry rz  length 80.1512"), std::string::npos);
 }
 
-TEST_F(CliTest, ExistingOutputSurvivesAFailedRunAndNoTemporaryFileStays)
+TEST_F(CliTest, OutputThatCannotTakeTheTargetsPlaceLeavesNoTemporaryFile)
 {
-    WriteFile(WorkPath("scene.json"), "keep me\n");
-    EXPECT_EQ(Run("import " + sSample + " --motion " + SampleMotionWithLine(6, "ltibia five") + " -o " + Work("scene.json"))
-                  .mStatus,
-              1);
-    EXPECT_EQ(ReadFile(WorkPath("scene.json")), "keep me\n");
-
     // A folder in the output's place: the text is written, then cannot take the target's place.
     fs::create_directory(WorkPath("taken.asf"));
     const ToolRun lRun = Run("format " + sSample + " -o " + Work("taken.asf"));
     EXPECT_EQ(lRun.mStatus, 3);
     EXPECT_NE(lRun.mErr.find("taken.asf"), std::string::npos) << lRun.mErr;
-    EXPECT_EQ(WorkFolderEntries(), (std::vector<std::string>{"bad.amc", "scene.json", "taken.asf"}));
+    EXPECT_EQ(WorkFolderEntries(), std::vector<std::string>{"taken.asf"});
 }
 
-TEST_F(CliTest, RealPairsImportAndPose)
+TEST_F(CliTest, ConvertAsfAmcToBvhAndBackKeepsEveryJointInPlace)
 {
-    const fs::path lData = ORV_SHARED_DATA_DIR;
-    if (!fs::exists(lData / "amc")) GTEST_SKIP() << "no shared data at " << lData;
-    // Real pairs with the frame counts the data folder's README gives.
-    const std::tuple<std::string, std::string, int> lPairs[] = {{"cmu_09-run", "cmu_09_06-run", 141},
-                                                                {"cmu_07-walk", "cmu_07_12-walk", 245},
-                                                                {"cmu02_fzzzz_walk", "cmu02_fzzzz_walk_01_crlf", 343},
-                                                                {"mo_golf", "mo_golf_01", 444}};
-    for (const auto& [lAsf, lAmc, lFrames] : lPairs)
-    {
-        SCOPED_TRACE(lAmc);
-        const std::string lAsfPath = Quoted((lData / "asf" / (lAsf + ".asf")).string());
-        const std::string lAmcPath = Quoted((lData / "amc" / (lAmc + ".amc")).string());
-        const std::string lFiles = lAsfPath + " " + lAmcPath;
-        const ToolRun lPose = Run("pose " + lFiles + " --frames 0," + std::to_string(lFrames - 1));
-        ASSERT_EQ(lPose.mStatus, 0) << lPose.mErr;
-        // 30 bones, the root and one end node per leaf bone of positive length.
-        const auto lRows = PoseRows(lPose.mOut);
-        EXPECT_EQ(lRows.size() % 2, 0u);
-        EXPECT_GT(lRows.size(), 2u * 31u);
-        EXPECT_EQ(lRows.count({lFrames - 1, "lfoot"}), 1u);
-        EXPECT_EQ(Run("pose " + lFiles + " --frames " + std::to_string(lFrames)).mStatus, 2);
-        if (lAsf != "cmu_09-run") continue;
-        const std::string lSummary = Run("import " + lAsfPath + " --motion " + lAmcPath + " --summary").mOut;
-        EXPECT_NE(lSummary.find("  bones          30 + root\n"), std::string::npos) << lSummary;
-        EXPECT_NE(lSummary.find("  frames         141 at 120 fps"), std::string::npos) << lSummary;
-    }
+    ASSERT_EQ(Run("convert " + sSample + " --motion " + sSampleMotion + " -o " + Work("walk.bvh")).mStatus, 0);
+    ASSERT_EQ(Run("convert " + Work("walk.bvh") + " -o " + Work("walk.asf")).mStatus, 0);
+    ASSERT_TRUE(fs::exists(WorkPath("walk.amc")));
+
+    const ToolRun lBefore = Run("pose " + sSample + " " + sSampleMotion);
+    const ToolRun lAfter = Run("pose " + Work("walk.asf") + " " + Work("walk.amc"));
+    ASSERT_EQ(lBefore.mStatus, 0);
+    ASSERT_EQ(lAfter.mStatus, 0) << lAfter.mErr;
+    const PoseTable lOriginal = PoseRows(lBefore.mOut);
+    ASSERT_FALSE(lOriginal.empty());
+    ExpectSamePoses(lOriginal, PoseRows(lAfter.mOut), 1e-3);
+}
+
+TEST_F(CliTest, ConvertWritesTheMotionWhereMotionOutSays)
+{
+    const ToolRun lRun =
+        Run("convert " + sSample + " --motion " + sSampleMotion + " --rotation-offset --pre-rotation -o " +
+            Work("copy.asf") + " --motion-out " + Work("moves.amc"));
+    EXPECT_EQ(lRun.mStatus, 0) << lRun.mErr;
+    EXPECT_EQ(WorkFolderEntries(), (std::vector<std::string>{"copy.asf", "moves.amc"}));
+    // BVH to BVH.
+    WriteFile(WorkPath("small.bvh"), bvhtest::kSmallBvh);
+    EXPECT_EQ(Run("convert " + Work("small.bvh") + " -o " + Work("small2.bvh")).mStatus, 0);
+    EXPECT_NE(ReadFile(WorkPath("small2.bvh")).find("Frames: 3\n"), std::string::npos);
+}
+
+TEST_F(CliTest, ConvertRefusedBvhInputExitsWithOneAndNamesTheLine)
+{
+    WriteFile(WorkPath("bad.bvh"), bvhtest::Replace(bvhtest::kSmallBvh, "5 -2 7.5 30", "5 -2 7.5"));
+    const ToolRun lRun = Run("convert " + Work("bad.bvh") + " -o " + Work("out.asf"));
+    EXPECT_EQ(lRun.mStatus, 1);
+    EXPECT_EQ(lRun.mErr,
+              WorkPath("bad.bvh").string() + ":29: error: Frame 2 holds 13 values; the hierarchy has 14 channels\n");
+    EXPECT_EQ(WorkFolderEntries(), std::vector<std::string>{"bad.bvh"});
+}
+
+TEST_F(CliTest, ConvertUsageErrorsExitWithTwoAndUnwritableOutputsWithThree)
+{
+    WriteFile(WorkPath("small.bvh"), bvhtest::kSmallBvh);
+    const std::string lBvh = Work("small.bvh");
+    const ToolRun lFormat = Run("convert " + lBvh + " -o " + Work("out.fbx"));
+    EXPECT_EQ(lFormat.mStatus, 2);
+    EXPECT_NE(lFormat.mErr.find("convert writes .bvh or .asf files"), std::string::npos) << lFormat.mErr;
+    EXPECT_EQ(Run("convert " + lBvh + " --motion " + sSampleMotion + " -o " + Work("out.asf")).mStatus, 2);
+    EXPECT_EQ(Run("convert " + lBvh + " -o " + Work("out.bvh") + " --motion-out " + Work("out.amc")).mStatus, 2);
+
+    const ToolRun lUnwritable = Run("convert " + lBvh + " -o " + Work("missing/out.bvh"));
+    EXPECT_EQ(lUnwritable.mStatus, 3);
+    EXPECT_NE(lUnwritable.mErr.find("error: Can't create BVH file"), std::string::npos) << lUnwritable.mErr;
+    EXPECT_EQ(WorkFolderEntries(), std::vector<std::string>{"small.bvh"});
 }
 
 } // namespace

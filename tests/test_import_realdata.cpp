@@ -1,7 +1,8 @@
-// The import path on real motion capture: every ASF/AMC pair of the shared data folder is read,
-// sampled through the AMC reader, flushed and built into host nodes under all four combinations
-// of the two set-up flags; every joint's world position, evaluated from the host scene at each
-// frame's time, must match an independent forward kinematics of the same files.
+// The import path on real motion capture: every ASF/AMC pair of the shared data folder, and the
+// bundled walker (checked whether or not that folder is there), is read, sampled through the AMC
+// reader, flushed and built into host nodes under all four combinations of the two set-up flags;
+// every joint's world position, evaluated from the host scene at each frame's time, must match an
+// independent forward kinematics of the same files.
 
 #include "support/SharedMotionPairs.h"
 #include "support/HostSceneSupport.h"
@@ -25,12 +26,7 @@ using orvasf::OrvRotationFilter;
 
 namespace {
 
-using shareddata::kMotionPairs;
-using shareddata::MotionPair;
-
-using shareddata::kSanitized;
-using shareddata::kSanitizedMaxFrames;
-using shareddata::kSanitizedStride;
+using namespace shareddata;
 
 const double kFramesPerSecond = 120.0;
 
@@ -43,51 +39,11 @@ OrvImportSettings Settings(bool pUseRotationOffset, bool pUsePreRotation)
     return lSettings;
 }
 
-// Indices of the frames to evaluate: all of them, or under the sanitizers every
-// kSanitizedStride-th one and the last.
-std::vector<size_t> FramesToCheck(size_t pFrameCount)
+// The file of a pair: the walker's in the examples folder, the others' in the shared data folder.
+std::string PairFile(const char* pFolder, const char* pName, const char* pExtension)
 {
-    const size_t lStride = kSanitized ? kSanitizedStride : 1;
-    std::vector<size_t> lFrames;
-    for (size_t f = 0; f < pFrameCount; f += lStride) lFrames.push_back(f);
-    if (lFrames.back() != pFrameCount - 1) lFrames.push_back(pFrameCount - 1);
-    return lFrames;
-}
-
-struct Result
-{
-    double mLargest = 0.0;
-    int mFramesChecked = 0;
-};
-
-// Imports pPair with pSettings and compares the host's world positions with pSkeleton's poses of
-// pMotion at every checked frame.
-void CheckImport(const MotionPair& pPair, const OrvImportSettings& pSettings, const Skeleton& pSkeleton,
-                 const Motion& pMotion, Result& pResult)
-{
-    const orvasf::OrvImportResult lImport = orvasf::OrvImportAsf(
-        SharedDataPath("asf", pPair.mAsf, ".asf"), SharedDataPath("amc", pPair.mAmc, ".amc"), pSettings);
-    ASSERT_TRUE(lImport.mSucceeded);
-    EXPECT_EQ(static_cast<size_t>(lImport.mFrameCount), pMotion.mFrames.size());
-    const int lFirstNumber = pMotion.mFrames.front().mNumber;
-    for (size_t f : FramesToCheck(pMotion.mFrames.size()))
-    {
-        const Frame& lFrame = pMotion.mFrames[f];
-        const OrvTime lTime = OrvTime::FromFrame(lFrame.mNumber - lFirstNumber, kFramesPerSecond);
-        pResult.mLargest =
-            std::max(pResult.mLargest, LargestDistanceToPose(lImport.mRoot, lTime, pSkeleton, lFrame.mValues.data()));
-        ++pResult.mFramesChecked;
-    }
-}
-
-std::string Describe(const OrvImportSettings& pSettings)
-{
-    std::string lText = std::string("rotation offset ") + (pSettings.mUseRotationOffset ? "on" : "off") +
-                        ", pre-rotation " + (pSettings.mUsePreRotation ? "on" : "off");
-    if (pSettings.mRotationFilter != OrvRotationFilter::eNone)
-        lText += ", rotation filter " + std::to_string(static_cast<int>(pSettings.mRotationFilter));
-    if (pSettings.mReduceKeys) lText += ", constant-key reducer";
-    return lText;
+    if (std::string(pName) == "walker") return std::string(ORV_SOURCE_DIR) + "/examples/walker" + pExtension;
+    return SharedDataPath(pFolder, pName, pExtension);
 }
 
 class ImportRealData : public ::testing::TestWithParam<MotionPair>
@@ -95,31 +51,38 @@ class ImportRealData : public ::testing::TestWithParam<MotionPair>
 protected:
     void SetUp() override
     {
-        if (!HasSharedData()) GTEST_SKIP() << "no shared data folder";
+        if (!HasSharedData() && std::string(GetParam().mAsf) != "walker") GTEST_SKIP() << "no shared data folder";
         OrvFileAcclaimAsf lFile(false);
         OrvAsfScene lAsf;
-        ASSERT_TRUE(lFile.Open(SharedDataPath("asf", GetParam().mAsf, ".asf").c_str()));
-        ASSERT_TRUE(lFile.Read(&lAsf, false, false, false));
+        ASSERT_TRUE(lFile.Open(PairFile("asf", GetParam().mAsf, ".asf").c_str()) && lFile.Read(&lAsf, false, false, false));
         mSkeleton = DescribeSkeleton(lAsf);
-        mMotion = ReadMotion(SharedDataPath("amc", GetParam().mAmc, ".amc"), mSkeleton);
+        mMotion = ReadMotion(PairFile("amc", GetParam().mAmc, ".amc"), mSkeleton);
         ASSERT_FALSE(mMotion.mFrames.empty());
         if (kSanitized && mMotion.mFrames.size() > kSanitizedMaxFrames)
             GTEST_SKIP() << "long motion left to the unsanitized build";
     }
 
-    // Imports with pSettings, expects the largest difference below 0.01 cm and reports it.
-    void CheckAndReport(const OrvImportSettings& pSettings)
+    // Imports with pSettings, compares the host's world positions with the reference poses at
+    // every checked frame, expects the largest difference below 0.001 cm and reports it as pKey.
+    void CheckAndReport(const OrvImportSettings& pSettings, const std::string& pKey)
     {
-        Result lResult;
-        CheckImport(GetParam(), pSettings, mSkeleton, mMotion, lResult);
-        if (HasFatalFailure()) return;
-        EXPECT_LT(lResult.mLargest, 0.01);
-        const std::string lKey = std::string("largest_cm_offset") + (pSettings.mUseRotationOffset ? "1" : "0") +
-                                 "_pre" + (pSettings.mUsePreRotation ? "1" : "0") +
-                                 (pSettings.mRotationFilter != OrvRotationFilter::eNone ? "_filtered" : "");
-        RecordProperty(lKey, std::to_string(lResult.mLargest));
-        std::printf("%s + %s, %s: %d frames checked, largest difference %.3g cm\n", GetParam().mAsf, GetParam().mAmc,
-                    Describe(pSettings).c_str(), lResult.mFramesChecked, lResult.mLargest);
+        SCOPED_TRACE(pKey);
+        const orvasf::OrvImportResult lImport = orvasf::OrvImportAsf(
+            PairFile("asf", GetParam().mAsf, ".asf"), PairFile("amc", GetParam().mAmc, ".amc"), pSettings);
+        ASSERT_TRUE(lImport.mSucceeded);
+        EXPECT_EQ(static_cast<size_t>(lImport.mFrameCount), mMotion.mFrames.size());
+        double lLargest = 0.0;
+        const std::vector<size_t> lFrames = FramesToCheck(mMotion.mFrames.size());
+        for (size_t f : lFrames)
+        {
+            const Frame& lFrame = mMotion.mFrames[f];
+            const OrvTime lTime = OrvTime::FromFrame(lFrame.mNumber - mMotion.mFrames.front().mNumber, kFramesPerSecond);
+            lLargest = std::max(lLargest, LargestDistanceToPose(lImport.mRoot, lTime, mSkeleton, lFrame.mValues.data()));
+        }
+        EXPECT_LT(lLargest, 1e-3);
+        RecordProperty(pKey, std::to_string(lLargest));
+        std::printf("%s + %s, %s: %zu frames checked, largest difference %.3g cm\n", GetParam().mAsf, GetParam().mAmc,
+                    pKey.c_str(), lFrames.size(), lLargest);
     }
 
     Skeleton mSkeleton;
@@ -128,31 +91,31 @@ protected:
 
 } // namespace
 
-TEST_P(ImportRealData, WorldPositionsMatchTheReferenceUnderAllFlags)
+// Under every combination of the flags; and with curves unrolled (in each bone's rotation order)
+// and reduced, which describe the same motion: the decomposed angles of the first combination
+// are where unrolling has work to do.
+TEST_P(ImportRealData, WorldPositionsMatchTheReferenceUnderAllFlagsAndFilters)
 {
     for (const bool lUseRotationOffset : {false, true})
         for (const bool lUsePreRotation : {false, true})
         {
-            const OrvImportSettings lSettings = Settings(lUseRotationOffset, lUsePreRotation);
-            SCOPED_TRACE(Describe(lSettings));
-            CheckAndReport(lSettings);
+            CheckAndReport(Settings(lUseRotationOffset, lUsePreRotation),
+                           std::string("largest_cm_offset") + (lUseRotationOffset ? "1" : "0") + "_pre" +
+                               (lUsePreRotation ? "1" : "0"));
             if (HasFatalFailure()) return;
         }
-}
-
-// Unrolled (in each bone's rotation order) and reduced curves describe the same motion; the
-// decomposed angles of the first flag combination are where unrolling has work to do.
-TEST_P(ImportRealData, UnrolledAndReducedCurvesKeepThePose)
-{
     OrvImportSettings lSettings = Settings(false, false);
     lSettings.mRotationFilter = OrvRotationFilter::eUnroll;
     lSettings.mReduceKeys = true;
-    CheckAndReport(lSettings);
+    CheckAndReport(lSettings, "largest_cm_offset0_pre0_filtered");
 }
 
-INSTANTIATE_TEST_SUITE_P(SharedData, ImportRealData, ::testing::ValuesIn(kMotionPairs),
-                         [](const ::testing::TestParamInfo<MotionPair>& pInfo) {
-                             std::string lName = std::string(pInfo.param.mAsf) + "_" + pInfo.param.mAmc;
-                             std::replace(lName.begin(), lName.end(), '-', '_');
-                             return lName;
-                         });
+std::string PairName(const ::testing::TestParamInfo<MotionPair>& pInfo)
+{
+    std::string lName = std::string(pInfo.param.mAsf) + "_" + pInfo.param.mAmc;
+    std::replace(lName.begin(), lName.end(), '-', '_');
+    return lName;
+}
+
+INSTANTIATE_TEST_SUITE_P(SharedData, ImportRealData, ::testing::ValuesIn(kMotionPairs), PairName);
+INSTANTIATE_TEST_SUITE_P(Bundled, ImportRealData, ::testing::Values(MotionPair{"walker", "walker"}), PairName);

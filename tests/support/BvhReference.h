@@ -21,6 +21,7 @@
 
 #include <array>
 #include <cmath>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <unordered_map>
@@ -120,11 +121,6 @@ inline Motion Parse(const std::string& pText)
     return lMotion;
 }
 
-inline Motion ReadFile(const std::string& pPath)
-{
-    return Parse(testfiles::ReadFile(pPath));
-}
-
 // World position of every joint and End Site of pMotion at frame pFrame, in file order.
 inline std::vector<Vec3> WorldPositions(const Motion& pMotion, size_t pFrame)
 {
@@ -161,23 +157,18 @@ inline std::vector<Vec3> WorldPositions(const Motion& pMotion, size_t pFrame)
 
 using PositionMap = std::unordered_map<std::string, Vec3>;
 
-// World position at pTime of pNode and of every node below it, by node name.
-inline void HostPositions(orvsdk::OrvNode* pNode, const orvsdk::OrvAMatrix& pGlobal, orvsdk::OrvTime pTime,
-                          std::unordered_map<std::string, Vec3>& pPositions)
-{
-    const orvsdk::OrvVector4 lPosition = pGlobal.GetT();
-    pPositions[pNode->GetName()] = Vec3{lPosition[0], lPosition[1], lPosition[2]};
-    for (int i = 0; i < pNode->GetChildCount(false); ++i)
-    {
-        orvsdk::OrvNode* lChild = pNode->GetChild(i);
-        HostPositions(lChild, pGlobal * lChild->EvaluateLocalTransform(pTime), pTime, pPositions);
-    }
-}
-
+// World position at pTime of pTop and of every node below it, by node name.
 inline PositionMap HostPositions(orvsdk::OrvNode* pTop, orvsdk::OrvTime pTime)
 {
     PositionMap lPositions;
-    HostPositions(pTop, pTop->EvaluateGlobalTransform(pTime), pTime, lPositions);
+    const std::function<void(orvsdk::OrvNode*, const orvsdk::OrvAMatrix&)> lVisit =
+        [&](orvsdk::OrvNode* pNode, const orvsdk::OrvAMatrix& pGlobal) {
+            const orvsdk::OrvVector4 lPosition = pGlobal.GetT();
+            lPositions[pNode->GetName()] = Vec3{lPosition[0], lPosition[1], lPosition[2]};
+            for (int i = 0; i < pNode->GetChildCount(false); ++i)
+                lVisit(pNode->GetChild(i), pGlobal * pNode->GetChild(i)->EvaluateLocalTransform(pTime));
+        };
+    lVisit(pTop, pTop->EvaluateGlobalTransform(pTime));
     return lPositions;
 }
 
@@ -218,6 +209,49 @@ void CompareFrame(const Motion& pMotion, size_t pFrame, const PositionMap& pHost
         const double lDistance = Distance(*lNode, lPosed[j]);
         if (!(lDistance <= pLargest)) pLargest = lDistance;
     }
+}
+
+// The largest distance, as CompareFrame measures it, over every frame of pMotion with the host
+// below pTop keyed at pFramesPerSecond.
+template <typename FindNode = decltype(&NodeNamed)>
+double LargestDifference(const Motion& pMotion, orvsdk::OrvNode* pTop, double pFramesPerSecond,
+                         FindNode pFind = &NodeNamed)
+{
+    EXPECT_TRUE(pMotion.mValid && !pMotion.mFrames.empty());
+    double lLargest = 0.0;
+    for (size_t f = 0; f < pMotion.mFrames.size() && !::testing::Test::HasFatalFailure(); ++f)
+    {
+        const orvsdk::OrvTime lTime = orvsdk::OrvTime::FromFrame(static_cast<double>(f), pFramesPerSecond);
+        CompareFrame(pMotion, f, HostPositions(pTop, lTime), pFind, lLargest);
+    }
+    return lLargest;
+}
+
+// --- A small file for the tests of readers and tools --------------------------------------------
+
+// Hips (ROOT, six channels, rotations listed Z X Y)
+// +-- Chest (rotations X Y Z)
+// |   `-- End Site
+// `-- Leg (rotations Y and Z only, with position channels between them)
+//     `-- End Site
+inline const char* const kSmallBvh =
+    "HIERARCHY\nROOT Hips\n{\n  OFFSET 1 2 3\n"                                                  // lines 1-4
+    "  CHANNELS 6 Xposition Yposition Zposition Zrotation Xrotation Yrotation\n"                // 5
+    "  JOINT Chest\n  {\n    OFFSET 0 10 0\n    CHANNELS 3 Xrotation Yrotation Zrotation\n"  // 6-9
+    "    End Site\n    {\n      OFFSET 0 5 0\n    }\n  }\n"                                      // 10-14
+    "  JOINT Leg\n  {\n    OFFSET 3 -1 0\n"                                                      // 15-17
+    "    CHANNELS 5 Yrotation Xposition Zrotation Yposition Zposition\n"                         // 18
+    "    End Site\n    {\n      OFFSET 0 -8 0\n    }\n  }\n}\n"                                 // 19-24
+    "MOTION\nFrames: 3\nFrame Time: 0.04\n"                                                      // 25-27
+    "0 0 0 0 0 0 0 0 0 0 0 0 0 0\n5 -2 7.5 30 -45 60 10 20 -30 15 1 -25 2 3\n"                    // 28-29
+    "-3 1 2 170 80 -120 -90 45 135 -60 -1 88 0.5 -4\n";                                          // 30
+
+// pText with its first pFrom replaced by pTo.
+inline std::string Replace(std::string pText, const std::string& pFrom, const std::string& pTo)
+{
+    const size_t lAt = pText.find(pFrom);
+    EXPECT_NE(lAt, std::string::npos) << pFrom;
+    return lAt == std::string::npos ? pText : pText.replace(lAt, pFrom.size(), pTo);
 }
 
 } // namespace bvhtest

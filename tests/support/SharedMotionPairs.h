@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <ostream>
+#include <vector>
 
 namespace shareddata {
 
@@ -45,7 +46,17 @@ inline constexpr bool kSanitized = true;
 inline constexpr bool kSanitized = false;
 #endif
 inline constexpr size_t kSanitizedStride = 10;
-inline constexpr int kSanitizedMaxFrames = 600;
+inline constexpr size_t kSanitizedMaxFrames = 600;
+
+// The frame indices to check of a motion of pFrameCount frames: all, or under the sanitizers
+// every kSanitizedStride-th one and the last.
+inline std::vector<size_t> FramesToCheck(size_t pFrameCount)
+{
+    std::vector<size_t> lFrames;
+    for (size_t f = 0; f < pFrameCount; f += kSanitized ? kSanitizedStride : 1) lFrames.push_back(f);
+    if (!lFrames.empty() && lFrames.back() != pFrameCount - 1) lFrames.push_back(pFrameCount - 1);
+    return lFrames;
+}
 
 } // namespace shareddata
 
