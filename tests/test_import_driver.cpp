@@ -158,6 +158,20 @@ TEST(ImportDriver, SurprisingSettingsWarnOnce)
     EXPECT_EQ(lWalker.mMessages[0].mFile, kWalkerAsf);
 }
 
+// --- Frame spans -----------------------------------------------------------------------------------
+
+TEST(ImportDriver, FrameSpanCoversFrameNumbersAtBothEndsOfTheIntRange)
+{
+    // The span from frame INT_MIN to INT_MAX is 2^32 frames: more than an int holds.
+    const ScratchFile lAsf("span.asf", LegSkeleton("0 0 0", "rx"));
+    const std::string lFrame = "root 0 0 0 0 0 0\nthigh 0 0 0\nshin 0\n";
+    const ScratchFile lAmc("span.amc", ":DEGREES\n-2147483648\n" + lFrame + "2147483647\n" + lFrame);
+    const OrvImportResult lResult = orvasf::OrvImportAsf(lAsf.Path(), lAmc.Path(), OrvImportSettings());
+    ASSERT_TRUE(lResult.mSucceeded);
+    EXPECT_EQ(lResult.mFrameCount, 2);
+    EXPECT_EQ(lResult.mFrameSpan, int64_t{1} << 32);
+}
+
 // --- BVH -------------------------------------------------------------------------------------------
 
 TEST(ImportDriver, BvhImportsIntoTheNamedTake)
