@@ -99,30 +99,6 @@ double ChannelValue(OrvAnimCurveNode* pCurveNode, unsigned pChannel)
 
 // --- Curve creation and hand-over ---------------------------------------------------------------
 
-TEST_F(ImportPath, CurvesAreCreatedPerDofKind)
-{
-    Read(false, false, false);
-    const int lObjects = mScene->GetObjectCount();
-    mAsf.mRoot->CreateDataFromDOF(mScene.get());
-
-    const char* const kRootCurves[6] = {"root_tx", "root_ty", "root_tz", "root_rx", "root_ry", "root_rz"};
-    for (int j = 0; j < 3; ++j)
-    {
-        EXPECT_STREQ(mAsf.mRoot->mTranslationCurve[j]->GetName(), kRootCurves[j]);
-        EXPECT_STREQ(mAsf.mRoot->mRotationCurve[j]->GetName(), kRootCurves[3 + j]);
-        EXPECT_EQ(Bone("spine")->mTranslationCurve[j], nullptr);
-        EXPECT_NE(Bone("spine")->mRotationCurve[j], nullptr);
-        EXPECT_NE(Bone("slide")->mTranslationCurve[j], nullptr);
-        EXPECT_EQ(Bone("slide")->mRotationCurve[j], nullptr);
-        EXPECT_EQ(Bone("hip")->mTranslationCurve[j], nullptr);
-        EXPECT_EQ(Bone("hip")->mRotationCurve[j], nullptr);
-    }
-    EXPECT_STREQ(Bone("slide")->mTranslationCurve[2]->GetName(), "slide_tz");
-    // root 6, spine 3, arm 3, tip 3, hip 0, slide 3.
-    EXPECT_EQ(mScene->GetObjectCount(), lObjects + 18);
-    for (OrvAsfNode* lBone : AllBones(mAsf.mRoot)) EXPECT_EQ(lBone->mScene, mScene.get()) << lBone->mName;
-}
-
 TEST_F(ImportPath, HandOverReplacesTheChannelsCurvesAndWritesTheRestValues)
 {
     Read(false, false);
@@ -145,15 +121,10 @@ TEST_F(ImportPath, HandOverReplacesTheChannelsCurvesAndWritesTheRestValues)
     EXPECT_EQ(SceneCurve("old"), nullptr);
     ExpectVectorNear(PropertyValue(lNode->LclTranslation), 1, 2, 3, 0.0);
     EXPECT_NE(lNode->LclRotation.GetCurveNode(Stack(), false)->GetCurve(2), nullptr);
-}
 
-TEST_F(ImportPath, AfterTheHandOverTheBoneOnlyWritesRestValues)
-{
-    Read(false, false);
-    mAsf.mRoot->SetCurves(AddNode(mScene->GetRootNode(), "first"), kTake);
+    // After the hand-over the bone only writes rest values.
     OrvNode* lSecond = AddNode(mScene->GetRootNode(), "second");
-    mAsf.mRoot->SetCurves(lSecond, kTake);
-
+    lRoot->SetCurves(lSecond, kTake);
     EXPECT_EQ(lSecond->LclTranslation.GetCurveNode(Stack(), false), nullptr);
     EXPECT_EQ(lSecond->LclRotation.GetCurveNode(Stack(), false), nullptr);
     ExpectVectorNear(PropertyValue(lSecond->LclTranslation), 1, 2, 3, 0.0);
@@ -188,60 +159,6 @@ TEST_F(ImportPath, CurvesGoToTheStackNamedByTheTakeNotToTheCurrentOne)
     EXPECT_EQ(lNode->LclTranslation.GetCurveNode(lOther, false), nullptr);
 }
 
-TEST_F(ImportPath, CurvesStillOwnedDieWithTheBoneAndHandedOnesStay)
-{
-    Read(false, false, false);
-    const int lObjects = mScene->GetObjectCount();
-    mAsf.mRoot->CreateDataFromDOF(mScene.get());
-    OrvNode* lNode = AddNode(mScene->GetRootNode(), "spine");
-    Bone("spine")->SetCurves(lNode, kTake);
-    const int lWithHandedCurves = mScene->GetObjectCount();
-
-    OrvAsfNode::Destroy(mAsf.mRoot);
-    mAsf.mRoot = nullptr;
-
-    // The node, its attribute, its rotation curve node and spine's three curves stay; the other
-    // 15 curves went with their bones.
-    EXPECT_EQ(mScene->GetObjectCount(), lWithHandedCurves - 15);
-    EXPECT_EQ(mScene->GetObjectCount(), lObjects + 2 + 1 + 3);
-    EXPECT_NE(SceneCurve("spine_rx"), nullptr);
-}
-
-TEST_F(ImportPath, CurveNodePointersAreCachedFromTheNodeInItsScenesCurrentStack)
-{
-    OrvAsfNode* lBone = MakeBone("bone");
-    OrvNode* lNode = AddNode(mScene->GetRootNode(), "node");
-    lNode->SetRotationOffset(OrvNode::eSourcePivot, OrvVector4(1, 2, 3));
-    lNode->SetPreRotation(OrvNode::eSourcePivot, OrvVector4(4, 5, 6));
-    lNode->SetPostRotation(OrvNode::eSourcePivot, OrvVector4(7, 8, 9));
-    OrvAnimCurveNode* lTranslation = lNode->LclTranslation.GetCurveNode(Stack(), true);
-
-    lBone->GetCurveNodePointers(nullptr);
-    EXPECT_EQ(lBone->mScene, nullptr);
-    lBone->GetCurveNodePointers(lNode);
-
-    EXPECT_EQ(lBone->mScene, mScene.get());
-    ExpectVectorNear(lBone->mRotationOffset, 1, 2, 3, 0.0);
-    ExpectVectorNear(lBone->mPreRotation, 4, 5, 6, 0.0);
-    ExpectVectorNear(lBone->mPostRotation, 7, 8, 9, 0.0);
-    EXPECT_EQ(lBone->mTranslationCurveNode, lTranslation);
-    EXPECT_EQ(lBone->mRotationCurveNode, nullptr);
-    EXPECT_EQ(lBone->mScalingCurveNode, nullptr);
-    OrvAsfNode::Destroy(lBone);
-
-    // A scene without a current stack: the pivots are still read, no curve node is found or made.
-    OrvScenePtr lBare = OrvCreateScene("bare");
-    OrvNode* lBareNode = AddNode(lBare->GetRootNode(), "node");
-    lBareNode->SetPreRotation(OrvNode::eSourcePivot, OrvVector4(4, 5, 6));
-    OrvAsfNode* lOther = MakeBone("other");
-    lOther->GetCurveNodePointers(lBareNode);
-    EXPECT_EQ(lOther->mScene, lBare.get());
-    ExpectVectorNear(lOther->mPreRotation, 4, 5, 6, 0.0);
-    EXPECT_EQ(lOther->mTranslationCurveNode, nullptr);
-    EXPECT_EQ(lBare->GetCurrentAnimationStack(), nullptr);
-    OrvAsfNode::Destroy(lOther);
-}
-
 // --- Samples -------------------------------------------------------------------------------------
 
 TEST_F(ImportPath, SamplesKeyOnlyTheCurvesOfTheBonesOwnKinds)
@@ -257,7 +174,10 @@ TEST_F(ImportPath, SamplesKeyOnlyTheCurvesOfTheBonesOwnKinds)
         EXPECT_EQ(Bone("spine")->mRotationCurve[j]->KeyGetCount(), 1);
         EXPECT_EQ(Bone("slide")->mTranslationCurve[j]->KeyGetCount(), 1);
         EXPECT_EQ(Bone("arm")->mRotationCurve[j]->KeyGetCount(), 0);
+        EXPECT_TRUE(!Bone("spine")->mTranslationCurve[j] && !Bone("slide")->mRotationCurve[j]);
+        EXPECT_TRUE(!Bone("hip")->mTranslationCurve[j] && !Bone("hip")->mRotationCurve[j]);
     }
+    EXPECT_STREQ(Bone("slide")->mTranslationCurve[2]->GetName(), "slide_tz");
 }
 
 TEST_F(ImportPath, WithPreRotationTheRotationKeysAreTheRawDofAngles)
@@ -465,17 +385,6 @@ TEST_F(ImportPath, RestOffsetAndOrientationGoToThePivotsOnlyWithTheirFlags)
     ExpectVectorNear(Node("spine")->GetPreRotation(OrvNode::eSourcePivot), 0, 0, 30);
 }
 
-TEST_F(ImportPath, WithoutTheFlagsThePivotsStayAtTheirDefaults)
-{
-    Read(false, false);
-    Build();
-    for (const char* lName : {"root", "spine", "arm"})
-    {
-        ExpectVectorNear(Node(lName)->GetRotationOffset(OrvNode::eSourcePivot), 0, 0, 0, 0.0);
-        ExpectVectorNear(Node(lName)->GetPreRotation(OrvNode::eSourcePivot), 0, 0, 0, 0.0);
-    }
-}
-
 namespace {
 
 void SetLimit(OrvAsfNode* pBone, int pCode, bool pMinActive, double pMin, bool pMaxActive, double pMax)
@@ -589,47 +498,38 @@ TEST_F(ImportPath, MergeOntoAFullMatchOnlyHandsOverCurvesAndRestValues)
     EXPECT_EQ(mAsf.mRoot->mTranslationCurve[0], nullptr);
 }
 
-TEST_F(ImportPath, MergeBuildsTheBonesThatHaveNoMatch)
+// Each host hierarchy matches the skeleton partly or not at all; the merge builds what has no match.
+TEST_F(ImportPath, MergeBuildsTheBonesThatHaveNoMatchBelowTheirMatchedParent)
 {
-    AddNode(AddNode(mScene->GetRootNode(), "root"), "spine");
-    Read(false, false);
-
-    mAsf.MergeASFToORV(mScene.get(), mScene->GetRootNode(), kTake, false, false, false);
-
-    EXPECT_EQ(NodeTree(mScene->GetRootNode()), "RootNode(root(spine(arm(arm_End) tip hip(slide(slide_End)))))");
-}
-
-TEST_F(ImportPath, MergeBuildsBesideANodeThatMatchesByNameOnly)
-{
-    OrvNode* lHostRoot = AddNode(mScene->GetRootNode(), "root");
-    OrvNode* lMesh = AddNode(lHostRoot, "spine", false);
-    Read(false, false);
-
-    mAsf.MergeASFToORV(mScene.get(), mScene->GetRootNode(), kTake, false, false, false);
-
-    EXPECT_EQ(NodeTree(lHostRoot), "root(spine spine(arm(arm_End) tip hip(slide(slide_End))))");
-    EXPECT_EQ(lHostRoot->GetChild(0), lMesh);
-    EXPECT_NE(lHostRoot->GetChild(1)->GetSkeleton(), nullptr);
-}
-
-TEST_F(ImportPath, MergeWithoutAnyMatchBuildsTheWholeSkeletonUnderTheGivenNode)
-{
-    OrvNode* lGroup = AddNode(mScene->GetRootNode(), "group", false);
-    AddNode(lGroup, "mesh", false);
-    Read(false, false);
-
-    mAsf.MergeASFToORV(mScene.get(), lGroup, kTake, false, false, false);
-
-    EXPECT_EQ(NodeTree(lGroup), "group(mesh root(spine(arm(arm_End) tip hip(slide(slide_End)))))");
-}
-
-TEST_F(ImportPath, MergeFindsTheRootDeepInTheHierarchy)
-{
-    OrvNode* lGroup = AddNode(AddNode(mScene->GetRootNode(), "outer", false), "group", false);
-    AddNode(lGroup, "root");
-    Read(false, false);
-
-    mAsf.MergeASFToORV(mScene.get(), mScene->GetRootNode(), kTake, false, false, false);
-
-    EXPECT_EQ(NodeTree(lGroup), "group(root(spine(arm(arm_End) tip hip(slide(slide_End)))))");
+    const std::string kBuilt = "root(spine(arm(arm_End) tip hip(slide(slide_End))))";
+    struct Case
+    {
+        const char* mHost;
+        OrvNode* (*mMake)(OrvNode* pSceneRoot);  // the host nodes; returns the node to merge under
+        std::string mTree;                        // the tree below the scene's root afterwards
+    };
+    const Case kCases[] = {
+        {"root and spine", [](OrvNode* r) { AddNode(AddNode(r, "root"), "spine"); return r; },
+         "RootNode(" + kBuilt + ")"},
+        {"spine without a skeleton", [](OrvNode* r) { AddNode(AddNode(r, "root"), "spine", false); return r; },
+         "RootNode(root(spine spine(arm(arm_End) tip hip(slide(slide_End)))))"},
+        {"no match", [](OrvNode* r) { return AddNode(AddNode(r, "group", false), "mesh", false)->GetParent(); },
+         "RootNode(group(mesh " + kBuilt + "))"},
+        {"root deep down", [](OrvNode* r) {
+             AddNode(AddNode(AddNode(r, "outer", false), "group", false), "root");
+             return r;
+         },
+         "RootNode(outer(group(" + kBuilt + ")))"},
+    };
+    for (const Case& lCase : kCases)
+    {
+        SCOPED_TRACE(lCase.mHost);
+        OrvScenePtr lScene = CreateHostScene(kTake);
+        OrvNode* lUnder = lCase.mMake(lScene->GetRootNode());
+        const auto lRead = ReadAsfText(kSkeleton);
+        ASSERT_TRUE(lRead->mRead);
+        lRead->mScene.mRoot->CreateDataFromDOF(lScene.get());
+        lRead->mScene.MergeASFToORV(lScene.get(), lUnder, kTake, false, false, false);
+        EXPECT_EQ(NodeTree(lScene->GetRootNode()), lCase.mTree);
+    }
 }
