@@ -187,7 +187,6 @@ TEST(HostileTree, WalksSurviveAHundredThousandBoneChain)
         lBone->mLength = i == kHugeBoneCount ? 0.0 : 1.0;
     }
     EXPECT_EQ(lScene.mRoot->Find(BoneName(kHugeBoneCount).c_str()), lBone);
-    EXPECT_EQ(lScene.mRoot->Find("missing"), nullptr);
 
     lScene.mRoot->SetupPosition(false, false);
     EXPECT_DOUBLE_EQ(lBone->mLocalTranslation[1], 1.0);
@@ -222,8 +221,6 @@ TEST(HostileTree, WalksSurviveAHundredThousandBoneChain)
         ASSERT_EQ(lLast->GetChildCount(), 1);
         EXPECT_STREQ(lLast->GetChild(0)->GetName(), "tail");
         EXPECT_STREQ(lLast->GetChild(0)->GetChild(0)->GetName(), "tail_End");
-        lBone->RemoveChild(lTail);
-        OrvAsfNode::Destroy(lTail);
 
         // An offset of the root's node puts a dummy bone above it, whose name the merge then
         // looks for through the whole hierarchy in vain.
@@ -232,9 +229,8 @@ TEST(HostileTree, WalksSurviveAHundredThousandBoneChain)
         EXPECT_TRUE(lExported.ORVToASF(lHost->GetRootNode(), false, OrvVector4(1, 1, 1), false));
         OrvAsfNode* lExportedLast = lExported.mRoot->Find(BoneName(kHugeBoneCount).c_str());
         ASSERT_NE(lExportedLast, nullptr);
+        EXPECT_EQ(TreeText(lExportedLast), BoneName(kHugeBoneCount) + "(tail)");
         EXPECT_EQ(DepthOf(lExportedLast), kHugeBoneCount + 2);
-        ASSERT_EQ(lExportedLast->mChildren.GetCount(), 1);
-        EXPECT_STREQ(lExportedLast->mChildren[0]->mName, "tail");
         lExportedLast->mRotationCurveNode = nullptr;
         EXPECT_TRUE(lExported.MergeORVToASF(lHost->GetRootNode()));
         EXPECT_EQ(lExportedLast->mRotationCurveNode, lLastRotation);
@@ -248,7 +244,7 @@ TEST(HostileTree, WalksSurviveAHundredThousandBoneChain)
     EXPECT_EQ(Messages(ReadAsfFile(lPath)->mFile).back(), "E: Bone b1001 lies deeper than 1000 bones below the root");
     std::remove(lPath.c_str());
 
-    // Removing the dummies halves the chain; then the end site goes.
+    // Removing the dummies (the tail among them) halves the chain; then the end site goes.
     lScene.mRoot->RemoveDummy(false, false);
     EXPECT_EQ(CountSoundBones(lScene.mRoot), static_cast<size_t>(kHugeBoneCount / 2 + 1));
     EXPECT_EQ(lScene.mRoot->Find(BoneName(kHugeBoneCount).c_str()), lBone);

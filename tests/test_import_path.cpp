@@ -52,11 +52,12 @@ protected:
     {
         mUseRotationOffset = pUseRotationOffset;
         mUsePreRotation = pUsePreRotation;
-        ASSERT_TRUE(ReadText(mFile, mAsf, kSkeleton, false, pUseRotationOffset, pUsePreRotation));
-        if (pCreateCurves) mAsf.mRoot->CreateDataFromDOF(mScene.get());
+        mRead = ReadAsfText(kSkeleton, false, {pUseRotationOffset, pUsePreRotation});
+        ASSERT_TRUE(mRead->mRead);
+        if (pCreateCurves) mRead->mScene.mRoot->CreateDataFromDOF(mScene.get());
     }
 
-    OrvAsfNode* Bone(const char* pName) { return mAsf.mRoot->Find(pName); }
+    OrvAsfNode* Bone(const char* pName) { return mRead->mScene.mRoot->Find(pName); }
 
     // One frame of pBone's values (in its DOF list order), factors 1.
     void Sample(const char* pBone, int pFrame, std::vector<double> pValues)
@@ -68,7 +69,7 @@ protected:
     // Builds the host nodes with the flags of the read and hangs them under the scene's root.
     OrvNode* Build(bool pUseLimits = false)
     {
-        OrvNode* lRoot = mAsf.ASFToORV(mScene.get(), kTake, pUseLimits, mUseRotationOffset, mUsePreRotation);
+        OrvNode* lRoot = mRead->mScene.ASFToORV(mScene.get(), kTake, pUseLimits, mUseRotationOffset, mUsePreRotation);
         mScene->GetRootNode()->AddChild(lRoot);
         return lRoot;
     }
@@ -82,8 +83,7 @@ protected:
 
     // Declared before the skeleton: bones still owning curves must die while the scene lives.
     OrvScenePtr mScene = CreateHostScene(kTake);
-    OrvFileAcclaimAsf mFile{false};
-    OrvAsfScene mAsf;
+    std::unique_ptr<AsfRead> mRead;
     bool mUseRotationOffset = false;
     bool mUsePreRotation = false;
 };
@@ -102,7 +102,7 @@ double ChannelValue(OrvAnimCurveNode* pCurveNode, unsigned pChannel)
 TEST_F(ImportPath, HandOverReplacesTheChannelsCurvesAndWritesTheRestValues)
 {
     Read(false, false);
-    OrvAsfNode* lRoot = mAsf.mRoot;
+    OrvAsfNode* lRoot = mRead->mScene.mRoot;
     OrvAnimCurve* lTranslation[3] = {lRoot->mTranslationCurve[0], lRoot->mTranslationCurve[1], lRoot->mTranslationCurve[2]};
     OrvNode* lNode = AddNode(mScene->GetRootNode(), "target");
     OrvAnimCurveNode* lCurveNode = lNode->LclTranslation.GetCurveNode(Stack(), true);
@@ -153,7 +153,7 @@ TEST_F(ImportPath, CurvesGoToTheStackNamedByTheTakeNotToTheCurrentOne)
     mScene->SetCurrentAnimationStack(lOther);
     OrvNode* lNode = AddNode(mScene->GetRootNode(), "target");
 
-    mAsf.mRoot->SetCurves(lNode, kTake);
+    mRead->mScene.mRoot->SetCurves(lNode, kTake);
 
     EXPECT_NE(lNode->LclTranslation.GetCurveNode(lTake, false), nullptr);
     EXPECT_EQ(lNode->LclTranslation.GetCurveNode(lOther, false), nullptr);
@@ -164,7 +164,7 @@ TEST_F(ImportPath, CurvesGoToTheStackNamedByTheTakeNotToTheCurrentOne)
 TEST_F(ImportPath, SamplesKeyOnlyTheCurvesOfTheBonesOwnKinds)
 {
     Read(false, false);
-    mAsf.mRoot->StartSamplingData();
+    mRead->mScene.mRoot->StartSamplingData();
     Sample("spine", 0, {1, 2, 3});
     Sample("slide", 0, {4});
     Sample("hip", 0, {});
@@ -189,7 +189,7 @@ TEST_F(ImportPath, RepeatedDofCodesAddUp)
     OrvAsfNode* lTip = Bone("tip");
     lTip->mDof[0] = lTip->mDof[1] = 5;  // rx rx
     lTip->mDofCount = 2;
-    mAsf.mRoot->CreateDataFromDOF(mScene.get());
+    mRead->mScene.mRoot->CreateDataFromDOF(mScene.get());
 
     Sample("slide", 0, {1.5, 2.0});
     Sample("tip", 0, {10, 20});
@@ -203,34 +203,34 @@ TEST_F(ImportPath, RepeatedDofCodesAddUp)
 TEST_F(ImportPath, ASingleFrameRunDropsTheCurvesAndKeepsTheRestValues)
 {
     Read(false, false);
-    mAsf.mRoot->StartSamplingData();
+    mRead->mScene.mRoot->StartSamplingData();
     Sample("root", 0, {7, 8, 9, 10, 20, 30});
     Sample("slide", 0, {4});  // below the DOF-less hip: the flush must reach it
-    mAsf.mRoot->StopSamplingData();
+    mRead->mScene.mRoot->StopSamplingData();
 
-    for (const OrvAsfNode* lBone : {mAsf.mRoot, Bone("slide")})
+    for (const OrvAsfNode* lBone : {mRead->mScene.mRoot, Bone("slide")})
     {
         EXPECT_EQ(lBone->mTranslationCurve[0], nullptr) << lBone->mName;
         EXPECT_EQ(lBone->mRotationCurve[0], nullptr) << lBone->mName;
     }
     EXPECT_EQ(SceneCurve("root_tx"), nullptr);
     EXPECT_EQ(SceneCurve("slide_tx"), nullptr);
-    ExpectVectorNear(mAsf.mRoot->mLocalTranslation, 1, 2, 3, 0.0);
-    ExpectVectorNear(mAsf.mRoot->mLocalRotation, 0, 0, 0, 0.0);
+    ExpectVectorNear(mRead->mScene.mRoot->mLocalTranslation, 1, 2, 3, 0.0);
+    ExpectVectorNear(mRead->mScene.mRoot->mLocalRotation, 0, 0, 0, 0.0);
 }
 
 TEST_F(ImportPath, TwoFramesKeepTheCurvesAsSampled)
 {
     Read(true, true);
-    mAsf.mRoot->StartSamplingData();
+    mRead->mScene.mRoot->StartSamplingData();
     Sample("root", 0, {0.1, 2, 3, 10, 20, 30});
     Sample("root", 1, {0.1, 5, 6, -10, 20, 170});
-    mAsf.mRoot->StopSamplingData();
+    mRead->mScene.mRoot->StopSamplingData();
 
-    EXPECT_EQ(KeyValues(mAsf.mRoot->mTranslationCurve[0]), (std::vector<float>{0.1f, 0.1f}));
-    EXPECT_EQ(KeyValues(mAsf.mRoot->mTranslationCurve[2]), (std::vector<float>{3.0f, 6.0f}));
-    EXPECT_EQ(KeyValues(mAsf.mRoot->mRotationCurve[2]), (std::vector<float>{30.0f, 170.0f}));
-    EXPECT_EQ(mAsf.mRoot->mRotationCurve[0]->KeyGetTime(1), OrvTime::FromFrame(1, 120.0));
+    EXPECT_EQ(KeyValues(mRead->mScene.mRoot->mTranslationCurve[0]), (std::vector<float>{0.1f, 0.1f}));
+    EXPECT_EQ(KeyValues(mRead->mScene.mRoot->mTranslationCurve[2]), (std::vector<float>{3.0f, 6.0f}));
+    EXPECT_EQ(KeyValues(mRead->mScene.mRoot->mRotationCurve[2]), (std::vector<float>{30.0f, 170.0f}));
+    EXPECT_EQ(mRead->mScene.mRoot->mRotationCurve[0]->KeyGetTime(1), OrvTime::FromFrame(1, 120.0));
 }
 
 class ImportRotationFilter : public ImportPath, public ::testing::WithParamInterface<int>
@@ -245,9 +245,9 @@ TEST_P(ImportRotationFilter, TheSettingChoosesTheFilterAndUnrollTakesTheBonesOrd
     mScene->GetGlobalSettings().SetRotationFilterToApply(lSetting);
     Read(false, true);
     const double kAngles[3][3] = {{0, 0, 0}, {170, 170, 20}, {30, 90, 40}};  // X, Y, Z
-    mAsf.mRoot->StartSamplingData();
+    mRead->mScene.mRoot->StartSamplingData();
     for (int f = 0; f < 3; ++f) Sample("tip", f, {kAngles[f][1], kAngles[f][2], kAngles[f][0]});
-    mAsf.mRoot->StopSamplingData();
+    mRead->mScene.mRoot->StopSamplingData();
 
     OrvAnimCurve* lExpected[3];
     for (int j = 0; j < 3; ++j)
@@ -355,7 +355,7 @@ std::string LimitsText(const OrvLimits& pLimits)
 TEST_F(ImportPath, LimitsMapDofCodesToTheHostsXYZSlots)
 {
     Read(true, true);
-    SetFixtureLimits(mAsf.mRoot);
+    SetFixtureLimits(mRead->mScene.mRoot);
     Build(true);
 
     EXPECT_EQ(LimitsText(Node("spine")->GetRotationLimits()), "on 11(-10 10) 10(-20 0) 01(0 30)");
@@ -401,13 +401,13 @@ TEST_F(ImportPath, MergeOntoAFullMatchOnlyHandsOverCurvesAndRestValues)
     lHostRoot->SetRotationOrder(OrvNode::eSourcePivot, OrvEuler::eOrderZXY);
     const int lObjects = mScene->GetObjectCount();
     Read(false, false);
-    mAsf.mRoot->StartSamplingData();
+    mRead->mScene.mRoot->StartSamplingData();
     Sample("root", 0, {1, 2, 3, 0, 0, 0});
     Sample("root", 1, {4, 5, 6, 0, 0, 0});
-    mAsf.mRoot->StopSamplingData();
-    OrvAnimCurve* lTx = mAsf.mRoot->mTranslationCurve[0];
+    mRead->mScene.mRoot->StopSamplingData();
+    OrvAnimCurve* lTx = mRead->mScene.mRoot->mTranslationCurve[0];
 
-    mAsf.MergeASFToORV(mScene.get(), mScene->GetRootNode(), kTake, true, false, false);
+    mRead->mScene.MergeASFToORV(mScene.get(), mScene->GetRootNode(), kTake, true, false, false);
 
     EXPECT_EQ(NodeTree(mScene->GetRootNode()), "RootNode(root(spine(arm tip hip(slide))))");
     EXPECT_EQ(lHostRoot->LclTranslation.GetCurveNode(Stack(), false)->GetCurve(0), lTx);
@@ -420,7 +420,7 @@ TEST_F(ImportPath, MergeOntoAFullMatchOnlyHandsOverCurvesAndRestValues)
     // No node or attribute was made: only root's six surviving curves and its two curve nodes
     // are new.
     EXPECT_EQ(mScene->GetObjectCount(), lObjects + 6 + 2);
-    EXPECT_EQ(mAsf.mRoot->mTranslationCurve[0], nullptr);
+    EXPECT_EQ(mRead->mScene.mRoot->mTranslationCurve[0], nullptr);
 }
 
 // Each host hierarchy matches the skeleton partly or not at all; the merge builds what has no match.
