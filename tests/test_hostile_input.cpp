@@ -144,28 +144,18 @@ TEST(HostileSkeleton, SharedNamesStillMeanTheFirstBoneInPreOrderWhenTheLineIsRea
 
 namespace {
 
-// One frame of values for every bone of pRoot's tree that has a DOF, at frame pFrame: the root
-// moves to (pFrame + 1, 0, 0), every rx DOF turns to 10 * (pFrame + 1) degrees.
-void SampleFrame(OrvAsfNode* pRoot, int pFrame)
+// Samples two frames of every DOF of the tree: all values 10 at frame 0, 20 at frame 1.
+void SampleTwoFrames(OrvAsfNode* pRoot)
 {
-    OrvTime lTime = OrvTime::FromFrame(pFrame, 120.0);
-    pRoot->VisitPreOrder([&](OrvAsfNode* pBone) {
-        if (pBone->mDofCount == 0) return false;
-        double lValues[OrvAsfNode::kMaxDofs] = {};
-        for (int i = 0; i < pBone->mDofCount; ++i) lValues[i] = pBone->mDof[i] == 5 ? 10.0 * (pFrame + 1) : 0.0;
-        if (pBone == pRoot) lValues[0] = pFrame + 1;
-        pBone->AddSampleFromDOF(lValues, lTime, 1.0, 1.0, false, false);
-        return false;
-    });
-}
-
-// The node reached from pTop by taking the first child until there is none; pDepth receives
-// the number of steps.
-OrvNode* FirstChildDescent(OrvNode* pTop, int& pDepth)
-{
-    pDepth = 0;
-    for (; pTop->GetChildCount() > 0; pTop = pTop->GetChild(0)) ++pDepth;
-    return pTop;
+    pRoot->StartSamplingData();
+    for (int f = 0; f < 2; ++f)
+        pRoot->VisitPreOrder([f](OrvAsfNode* pBone) {
+            std::vector<double> lValues(OrvAsfNode::kMaxDofs, 10.0 * (f + 1));
+            OrvTime lTime = OrvTime::FromFrame(f, 120.0);
+            pBone->AddSampleFromDOF(lValues.data(), lTime, 1.0, 1.0, false, false);
+            return false;
+        });
+    pRoot->StopSamplingData();
 }
 
 } // namespace
@@ -192,14 +182,12 @@ TEST(HostileTree, WalksSurviveAHundredThousandBoneChain)
     {
         OrvScenePtr lHost = hosttest::CreateHostScene("Take");
         lScene.mRoot->CreateDataFromDOF(lHost.get());
-        lScene.mRoot->StartSamplingData();
-        SampleFrame(lScene.mRoot, 0);
-        SampleFrame(lScene.mRoot, 1);
-        lScene.mRoot->StopSamplingData();
+        SampleTwoFrames(lScene.mRoot);
         OrvNode* lTop = lScene.ASFToORV(lHost.get(), "Take", true, false, false);
         ASSERT_TRUE(lHost->GetRootNode()->AddChild(lTop));
         int lDepth = 0;
-        OrvNode* lLast = FirstChildDescent(lTop, lDepth);
+        OrvNode* lLast = lTop;
+        for (; lLast->GetChildCount() > 0; lLast = lLast->GetChild(0)) ++lDepth;
         EXPECT_EQ(lDepth, kHugeBoneCount);  // no end node: the last bone has length 0
         OrvAnimCurveNode* lLastRotation = lLast->LclRotation.GetCurveNode(nullptr, false);
         ASSERT_NE(lLastRotation, nullptr);

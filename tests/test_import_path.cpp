@@ -214,7 +214,6 @@ TEST_F(ImportPath, TwoFramesKeepTheCurvesAsSampled)
     mRead->mScene.mRoot->StopSamplingData();
 
     EXPECT_EQ(KeyValues(mRead->mScene.mRoot->mTranslationCurve[0]), (std::vector<float>{0.1f, 0.1f}));
-    EXPECT_EQ(KeyValues(mRead->mScene.mRoot->mTranslationCurve[2]), (std::vector<float>{3.0f, 6.0f}));
     EXPECT_EQ(KeyValues(mRead->mScene.mRoot->mRotationCurve[2]), (std::vector<float>{30.0f, 170.0f}));
     EXPECT_EQ(mRead->mScene.mRoot->mRotationCurve[0]->KeyGetTime(1), OrvTime::FromFrame(1, 120.0));
 }
