@@ -59,6 +59,12 @@ inline std::unique_ptr<AsfRead> ReadAsfFile(const std::string& pPath, bool pRemo
     return lRead;
 }
 
+// The bone's DOF codes in list order.
+inline std::vector<int> Dofs(const OrvAsfNode& pBone)
+{
+    return std::vector<int>(pBone.mDof, pBone.mDof + pBone.mDofCount);
+}
+
 // The texts of the file's messages, each with its kind: "W: text" or "E: text".
 inline std::vector<std::string> Messages(const OrvTextFile& pFile)
 {

@@ -40,11 +40,6 @@ const std::string kLegBones = ":bonedata\n" + BoneBlock("lhip") + BoneBlock("lfe
 const std::string kLegHierarchy = Hierarchy("    root lhip\n    lhip lfemur\n    lfemur ltibia\n");
 const std::string kLegTree = "root(lhip(lfemur(ltibia)))";
 
-std::vector<int> Dofs(const OrvAsfNode& pBone)
-{
-    return std::vector<int>(pBone.mDof, pBone.mDof + pBone.mDofCount);
-}
-
 const OrvAsfNode& Bone(const OrvAsfScene& pScene, const char* pName)
 {
     return *pScene.mRoot->Find(pName);
@@ -72,11 +67,6 @@ struct ReadCase
     std::string mTree;
     std::function<void(const OrvAsfScene&)> mCheck = nullptr;
 };
-
-void PrintTo(const ReadCase& pCase, std::ostream* pStream)
-{
-    *pStream << pCase.mBehaviour;
-}
 
 const std::string l49(49, 'a');
 

@@ -136,8 +136,7 @@ void ExpectSameBone(const OrvAsfNode& pRead, const OrvAsfNode& pBack, double pLe
 {
     SCOPED_TRACE(pRead.mName);
     EXPECT_STREQ(pRead.mName, pBack.mName);
-    EXPECT_EQ(std::vector<int>(pRead.mDof, pRead.mDof + pRead.mDofCount),
-              std::vector<int>(pBack.mDof, pBack.mDof + pBack.mDofCount));
+    EXPECT_EQ(Dofs(pRead), Dofs(pBack));
     for (int lCode = 0; lCode < OrvAsfNode::kDofCodes; ++lCode)
     {
         EXPECT_EQ(pRead.mLimitMinActive[lCode], pBack.mLimitMinActive[lCode]);

@@ -34,11 +34,6 @@ OrvNode* AddJoint(OrvNode* pParent, const char* pName, double pX, double pY, dou
     return lNode;
 }
 
-std::vector<int> Dofs(const OrvAsfNode* pBone)
-{
-    return std::vector<int>(pBone->mDof, pBone->mDof + pBone->mDofCount);
-}
-
 class ExportPath : public ::testing::Test
 {
 protected:
@@ -72,8 +67,8 @@ TEST_F(ExportPath, WholeExportInsertsIntermediateBonesAndPrunesEndSites)
     EXPECT_STREQ(mAsf.mName, "ASF");
     EXPECT_EQ(mAsf.mLengthUnit, 1.0);
     EXPECT_EQ(TreeText(mAsf.mRoot), "root(HipsDummy(Hips(SpineDummy(Spine) LeftUpLegDummy RightUpLegDummy)))");
-    EXPECT_EQ(Dofs(mAsf.mRoot), (std::vector<int>{0, 1, 2, 5, 4, 3}));
-    EXPECT_EQ(Dofs(mAsf.mRoot->Find("Spine")), (std::vector<int>{5, 4, 3}));
+    EXPECT_EQ(Dofs(*mAsf.mRoot), (std::vector<int>{0, 1, 2, 5, 4, 3}));
+    EXPECT_EQ(Dofs(*mAsf.mRoot->Find("Spine")), (std::vector<int>{5, 4, 3}));
     EXPECT_EQ(mAsf.mRoot->Find("HipsDummy")->mDofCount, 0);
     EXPECT_NEAR(mAsf.mRoot->Find("HipsDummy")->mLength, 90 / 2.54, 1e-12);  // translation plus offset
     EXPECT_EQ(mAsf.mRoot->Find("Hips")->mLength, 0.0);
@@ -123,7 +118,7 @@ TEST_F(ExportPath, DofsAndLimitsComeFromTheHostJoint)
         mAsf.ORVToASF(mHostRoot, lTranslationDofs, kUnitScale, true);
         const OrvAsfNode* lBone = mAsf.mRoot->Find("Joint");
         ASSERT_NE(lBone, nullptr);
-        EXPECT_EQ(Dofs(lBone), lTranslationDofs ? (std::vector<int>{0, 1, 2, 3, 4, 5}) : (std::vector<int>{3, 4, 5}));
+        EXPECT_EQ(Dofs(*lBone), lTranslationDofs ? (std::vector<int>{0, 1, 2, 3, 4, 5}) : (std::vector<int>{3, 4, 5}));
         EXPECT_TRUE(lBone->mLimitMinActive[5]);
         EXPECT_FALSE(lBone->mLimitMinActive[4] || lBone->mLimitMinActive[3] || lBone->mLimitMaxActive[5]);
         EXPECT_EQ(lBone->mLimitMin[5], -30);
@@ -147,7 +142,7 @@ TEST_F(ExportPath, RootRotationCodesFollowTheHostRootsOrder)
     {
         mHostRoot->SetRotationOrder(OrvNode::eSourcePivot, static_cast<OrvEuler::EOrder>(lCase.first));
         mAsf.ORVToASF(mHostRoot, false, kUnitScale, true);
-        EXPECT_EQ(Dofs(mAsf.mRoot), lCase.second) << lCase.first;
+        EXPECT_EQ(Dofs(*mAsf.mRoot), lCase.second) << lCase.first;
         EXPECT_EQ(TreeText(mAsf.mRoot), "root");
     }
 }
@@ -240,7 +235,6 @@ TEST_F(ExportPath, MergeBindsBonesByNameAndTakesTheNearestBoundAncestorsFrame)
     ExpectVectorNear(lRoot->mRotationOffset, 4, 5, 6, 0.0);
     EXPECT_EQ(lHipsDummy->mParentAxisMatrix, lDummyParentFrame);
     EXPECT_EQ(lHips->mParentAxisMatrix, lRoot->mAxisMatrix);
-    EXPECT_EQ(lHips->mParentAxisMatrixInverse, lRoot->mAxisMatrixInverse);
     EXPECT_EQ(lHips->mRotationCurveNode, lHipsRotation);
     EXPECT_EQ(lSpine->mParentAxisMatrix, lHips->mAxisMatrix);
     EXPECT_EQ(lSpine->mTranslationCurveNode, nullptr);

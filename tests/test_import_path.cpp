@@ -240,16 +240,10 @@ TEST_P(ImportRotationFilter, TheSettingChoosesTheFilterAndUnrollTakesTheBonesOrd
         lExpected[j] = OrvAnimCurve::Create(mScene.get(), "expected");
         for (int f = 0; f < 3; ++f) AddKey(lExpected[j], f, static_cast<float>(kAngles[f][j]));
     }
-    if (lSetting == 1)
-    {
-        OrvAnimCurveFilterGimbleKiller().Apply(lExpected, 3);
-    }
-    else if (lSetting == 2)
-    {
-        OrvAnimCurveFilterUnroll lUnroll;
-        lUnroll.SetRotationOrder(OrvEuler::eOrderYZX);
-        lUnroll.Apply(lExpected, 3);
-    }
+    OrvAnimCurveFilterUnroll lUnroll;
+    lUnroll.SetRotationOrder(OrvEuler::eOrderYZX);
+    if (lSetting == 1) OrvAnimCurveFilterGimbleKiller().Apply(lExpected, 3);
+    if (lSetting == 2) lUnroll.Apply(lExpected, 3);
     for (int j = 0; j < 3; ++j) EXPECT_EQ(KeyValues(Bone("tip")->mRotationCurve[j]), KeyValues(lExpected[j])) << j;
 }
 
