@@ -19,25 +19,6 @@ using math3::Mat3;
 
 namespace {
 
-// The bone's rest rotation: its X, Y, Z angles applied in the bone's rotation order.
-Mat3 RestRotation(const OrvAsfNode& pBone)
-{
-    return reference::EulerRotation(pBone.mLocalRotation, EulerOrderFromOrderBuf(pBone.mDof, pBone.mDofCount));
-}
-
-OrvVector4 Apply(const Mat3& pA, const OrvVector4& pV)
-{
-    const math3::Vec3 lV = math3::Apply(pA, reference::ToVec3(pV));
-    return OrvVector4(lV[0], lV[1], lV[2]);
-}
-
-double Deviation(const OrvVector4& pA, const OrvVector4& pB)
-{
-    double lMax = 0.0;
-    for (int k = 0; k < 3; ++k) lMax = std::max(lMax, std::fabs(pA[k] - pB[k]));
-    return lMax;
-}
-
 // --- The independent composition ---------------------------------------------------------------
 
 // Global joint position of every bone: the root's position plus the offsets along the path.
@@ -58,25 +39,28 @@ double ComposeSubtree(const OrvAsfNode& pBone, const Mat3& pParentFrame, const O
     Mat3 lFrame = reference::RotationOf(pBone.mAxisMatrix);
     if (!pFlags.mUsePreRotation)
     {
-        const Mat3 lComposed = math3::Multiply(pParentFrame, RestRotation(pBone));
+        // The rest rotation: its X, Y, Z angles applied in the bone's rotation order.
+        const Mat3 lComposed = math3::Multiply(
+            pParentFrame, reference::EulerRotation(pBone.mLocalRotation, EulerOrderFromOrderBuf(pBone.mDof, pBone.mDofCount)));
         lWorst = std::max(lWorst, math3::LargestDifference(lComposed, lFrame));
         lFrame = lComposed;
     }
     else
     {
-        lWorst = std::max(lWorst, Deviation(pBone.mLocalRotation, OrvVector4()));
+        lWorst = std::max(lWorst, pBone.mLocalRotation.Length());
     }
     OrvVector4 lJoint = pJoints.at(pBone.mName);
     if (!pFlags.mUseRotationOffset)
     {
         const OrvVector4 lLocal = pBone.mLocalTranslation;
-        const OrvVector4 lComposed = pBone.mParent ? pParentJoint + Apply(pParentFrame, lLocal) : lLocal;
-        lWorst = std::max(lWorst, Deviation(lComposed, lJoint));
+        const math3::Vec3 lTurned = math3::Apply(pParentFrame, reference::ToVec3(lLocal));
+        const OrvVector4 lComposed = pBone.mParent ? pParentJoint + OrvVector4(lTurned[0], lTurned[1], lTurned[2]) : lLocal;
+        lWorst = std::max(lWorst, (lComposed - lJoint).Length());
         lJoint = lComposed;
     }
     else
     {
-        lWorst = std::max(lWorst, Deviation(pBone.mLocalTranslation, OrvVector4()));
+        lWorst = std::max(lWorst, pBone.mLocalTranslation.Length());
     }
     for (int i = 0; i < pBone.mChildren.GetCount(); ++i)
         lWorst = std::max(lWorst, ComposeSubtree(*pBone.mChildren[i], lFrame, lJoint, pFlags, pJoints));
@@ -96,8 +80,8 @@ void ExpectNoRestValues(OrvAsfNode* pRoot)
     for (const OrvAsfNode* lBone : AllBones(pRoot))
     {
         SCOPED_TRACE(lBone->mName);
-        EXPECT_EQ(Deviation(lBone->mPosition, lBone->mDirection * lBone->mLength), 0.0);
-        EXPECT_EQ(Deviation(lBone->mParentOffset, lBone->mParent ? lBone->mParent->mPosition : OrvVector4()), 0.0);
+        EXPECT_EQ((lBone->mPosition - lBone->mDirection * lBone->mLength).Length(), 0.0);
+        EXPECT_EQ((lBone->mParentOffset - (lBone->mParent ? lBone->mParent->mPosition : OrvVector4())).Length(), 0.0);
     }
 }
 
@@ -169,7 +153,7 @@ protected:
     {
         std::map<std::string, OrvVector4> lJoints;
         JointsFromOffsets(*mScene.mRoot, OrvVector4(), lJoints);
-        for (const auto& lJoint : lJoints) EXPECT_LT(Deviation(lJoint.second, mJointsBefore.at(lJoint.first)), 1e-12) << lJoint.first;
+        for (const auto& lJoint : lJoints) EXPECT_LT((lJoint.second - mJointsBefore.at(lJoint.first)).Length(), 1e-12) << lJoint.first;
         EXPECT_LT(ComposeFromRoot(*mScene.mRoot, {false, false}), 1e-9);
     }
 
@@ -253,7 +237,7 @@ TEST(AsfBindPoseRealFiles, ComposedRestValuesGiveBackEveryFrameAndJointWithAndWi
             for (const OrvAsfNode* lBone : AllBones(lRoots[1]))
             {
                 EXPECT_TRUE(lBone->mDofCount > 0 || !lBone->mParent) << lBone->mName;
-                EXPECT_LT(Deviation(lJoints[1].at(lBone->mName), lJoints[0].at(lBone->mName)), 1e-9) << lBone->mName;
+                EXPECT_LT((lJoints[1].at(lBone->mName) - lJoints[0].at(lBone->mName)).Length(), 1e-9) << lBone->mName;
                 EXPECT_EQ(lBone->mAxisMatrix, lRoots[0]->Find(lBone->mName)->mAxisMatrix);
             }
         }

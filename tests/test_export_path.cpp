@@ -241,12 +241,6 @@ TEST_F(ExportPath, MergeBindsBonesByNameAndTakesTheNearestBoundAncestorsFrame)
     EXPECT_EQ(TreeText(lRoot), "root(HipsDummy(Hips(Spine)))");
 }
 
-TEST_F(ExportPath, MergeNeedsASkeleton)
-{
-    EXPECT_FALSE(mAsf.MergeORVToASF(mHostRoot));
-    EXPECT_EQ(mAsf.mRoot, nullptr);
-}
-
 // --- Real skeletons through the host and back ----------------------------------------------------
 
 namespace {
