@@ -110,8 +110,7 @@ TEST(AsfWriter, OutputErrorMakesWriteFail)
     OrvFileAcclaimAsf lFile(false);
     ASSERT_TRUE(lFile.Create(lPath.c_str()));
 
-    bool lWritten = true;
-    bool lClosed = true;
+    bool lWritten = true, lClosed = true;
     ASSERT_TRUE(testfiles::WithFileSizeLimit(4096, [&] {
         lWritten = lFile.Write(&lScene);
         lClosed = lFile.Close();

