@@ -18,14 +18,6 @@
 namespace orvsdk {
 namespace asftest {
 
-// Opens pText in pFile and reads it into pScene.
-inline bool ReadText(OrvFileAcclaimAsf& pFile, OrvAsfScene& pScene, const std::string& pText,
-                     bool pRemoveDummy = false, bool pUseRotationOffset = false, bool pUsePreRotation = false)
-{
-    pFile.Open(pText.data(), pText.size(), "test.asf");
-    return pFile.Read(&pScene, pRemoveDummy, pUseRotationOffset, pUsePreRotation);
-}
-
 // The two set-up flags of a skeleton read, a motion read and node building.
 struct SetupFlags
 {
@@ -53,8 +45,8 @@ inline std::unique_ptr<AsfRead> ReadAsfText(const std::string& pText, bool pRemo
                                             SetupFlags pFlags = {false, false})
 {
     auto lRead = std::make_unique<AsfRead>();
-    lRead->mRead = ReadText(lRead->mFile, lRead->mScene, pText, pRemoveDummy, pFlags.mUseRotationOffset,
-                            pFlags.mUsePreRotation);
+    lRead->mFile.Open(pText.data(), pText.size(), "test.asf");
+    lRead->mRead = lRead->mFile.Read(&lRead->mScene, pRemoveDummy, pFlags.mUseRotationOffset, pFlags.mUsePreRotation);
     return lRead;
 }
 
@@ -65,6 +57,12 @@ inline std::unique_ptr<AsfRead> ReadAsfFile(const std::string& pPath, bool pRemo
     lRead->mRead = lRead->mFile.Open(pPath.c_str()) &&
                    lRead->mFile.Read(&lRead->mScene, pRemoveDummy, pFlags.mUseRotationOffset, pFlags.mUsePreRotation);
     return lRead;
+}
+
+// The bone's DOF codes in list order.
+inline std::vector<int> Dofs(const OrvAsfNode& pBone)
+{
+    return std::vector<int>(pBone.mDof, pBone.mDof + pBone.mDofCount);
 }
 
 // The texts of the file's messages, each with its kind: "W: text" or "E: text".
@@ -113,16 +111,10 @@ inline std::string TreeText(const OrvAsfNode* pBone)
 }
 
 // Every bone of the subtree in depth-first pre-order.
-inline void CollectBones(OrvAsfNode* pBone, std::vector<OrvAsfNode*>& pBones)
-{
-    pBones.push_back(pBone);
-    for (int i = 0; i < pBone->mChildren.GetCount(); ++i) CollectBones(pBone->mChildren[i], pBones);
-}
-
 inline std::vector<OrvAsfNode*> AllBones(OrvAsfNode* pRoot)
 {
     std::vector<OrvAsfNode*> lBones;
-    CollectBones(pRoot, lBones);
+    pRoot->VisitPreOrder([&lBones](OrvAsfNode* pBone) { return lBones.push_back(pBone), false; });
     return lBones;
 }
 

@@ -10,8 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
-#include <cstdio>
 #include <map>
 
 using namespace orvsdk;
@@ -19,25 +17,6 @@ using namespace orvsdk::asftest;
 using math3::Mat3;
 
 namespace {
-
-// The bone's rest rotation: its X, Y, Z angles applied in the bone's rotation order.
-Mat3 RestRotation(const OrvAsfNode& pBone)
-{
-    return reference::EulerRotation(pBone.mLocalRotation, EulerOrderFromOrderBuf(pBone.mDof, pBone.mDofCount));
-}
-
-OrvVector4 Apply(const Mat3& pA, const OrvVector4& pV)
-{
-    const math3::Vec3 lV = math3::Apply(pA, reference::ToVec3(pV));
-    return OrvVector4(lV[0], lV[1], lV[2]);
-}
-
-double Deviation(const OrvVector4& pA, const OrvVector4& pB)
-{
-    double lMax = 0.0;
-    for (int k = 0; k < 3; ++k) lMax = std::max(lMax, std::fabs(pA[k] - pB[k]));
-    return lMax;
-}
 
 // --- The independent composition ---------------------------------------------------------------
 
@@ -50,7 +29,8 @@ void JointsFromOffsets(const OrvAsfNode& pBone, const OrvVector4& pParentJoint, 
 }
 
 // Composes the rest values that pFlags compute from the root down and returns the largest
-// difference to each bone's frame mAxisMatrix and to its joint in pJoints.
+// difference to each bone's frame mAxisMatrix and to its joint in pJoints; a rest value that a
+// flag moves elsewhere must be zero.
 double ComposeSubtree(const OrvAsfNode& pBone, const Mat3& pParentFrame, const OrvVector4& pParentJoint, SetupFlags pFlags,
                       const std::map<std::string, OrvVector4>& pJoints)
 {
@@ -58,17 +38,28 @@ double ComposeSubtree(const OrvAsfNode& pBone, const Mat3& pParentFrame, const O
     Mat3 lFrame = reference::RotationOf(pBone.mAxisMatrix);
     if (!pFlags.mUsePreRotation)
     {
-        const Mat3 lComposed = math3::Multiply(pParentFrame, RestRotation(pBone));
+        // The rest rotation: its X, Y, Z angles applied in the bone's rotation order.
+        const Mat3 lComposed = math3::Multiply(
+            pParentFrame, reference::EulerRotation(pBone.mLocalRotation, EulerOrderFromOrderBuf(pBone.mDof, pBone.mDofCount)));
         lWorst = std::max(lWorst, math3::LargestDifference(lComposed, lFrame));
         lFrame = lComposed;
+    }
+    else
+    {
+        lWorst = std::max(lWorst, pBone.mLocalRotation.Length());
     }
     OrvVector4 lJoint = pJoints.at(pBone.mName);
     if (!pFlags.mUseRotationOffset)
     {
         const OrvVector4 lLocal = pBone.mLocalTranslation;
-        const OrvVector4 lComposed = pBone.mParent ? pParentJoint + Apply(pParentFrame, lLocal) : lLocal;
-        lWorst = std::max(lWorst, Deviation(lComposed, lJoint));
+        const math3::Vec3 lTurned = math3::Apply(pParentFrame, reference::ToVec3(lLocal));
+        const OrvVector4 lComposed = pBone.mParent ? pParentJoint + OrvVector4(lTurned[0], lTurned[1], lTurned[2]) : lLocal;
+        lWorst = std::max(lWorst, (lComposed - lJoint).Length());
         lJoint = lComposed;
+    }
+    else
+    {
+        lWorst = std::max(lWorst, pBone.mLocalTranslation.Length());
     }
     for (int i = 0; i < pBone.mChildren.GetCount(); ++i)
         lWorst = std::max(lWorst, ComposeSubtree(*pBone.mChildren[i], lFrame, lJoint, pFlags, pJoints));
@@ -82,20 +73,14 @@ double ComposeFromRoot(const OrvAsfNode& pRoot, SetupFlags pFlags)
     return ComposeSubtree(pRoot, math3::Identity(), OrvVector4(), pFlags, lJoints);
 }
 
-// With both flags set the rest values are zero and every position is the bone vector; as read,
-// each offset is the parent's bone vector.
-void ExpectNoRestValues(OrvAsfNode* pRoot, bool pAsRead)
+// With both flags set every position is the bone vector and each offset the parent's bone vector.
+void ExpectNoRestValues(OrvAsfNode* pRoot)
 {
     for (const OrvAsfNode* lBone : AllBones(pRoot))
     {
         SCOPED_TRACE(lBone->mName);
-        EXPECT_EQ(Deviation(lBone->mLocalRotation, OrvVector4()), 0.0);
-        EXPECT_EQ(Deviation(lBone->mLocalTranslation, OrvVector4()), 0.0);
-        EXPECT_EQ(Deviation(lBone->mPosition, lBone->mDirection * lBone->mLength), 0.0);
-        if (pAsRead)
-        {
-            EXPECT_EQ(Deviation(lBone->mParentOffset, lBone->mParent ? lBone->mParent->mPosition : OrvVector4()), 0.0);
-        }
+        EXPECT_EQ((lBone->mPosition - lBone->mDirection * lBone->mLength).Length(), 0.0);
+        EXPECT_EQ((lBone->mParentOffset - (lBone->mParent ? lBone->mParent->mPosition : OrvVector4())).Length(), 0.0);
     }
 }
 
@@ -117,59 +102,6 @@ const char* const kMixedSkeleton =
 
 // --- SetupPosition --------------------------------------------------------------------------------
 
-TEST(AsfBindPose, RootAloneTakesItsFilePlacement)
-{
-    const auto lRead = ReadAsfText(":root\n  order TX TY TZ RX RY RZ\n  position 1 2 3\n  orientation 10 20 30\n"
-                                   ":hierarchy\n");
-    ASSERT_TRUE(lRead->mRead);
-    const OrvAsfNode* lRoot = lRead->mScene.mRoot;
-    EXPECT_EQ(lRoot->mLocalTranslation, OrvVector4(1, 2, 3));
-    EXPECT_EQ(lRoot->mPosition, OrvVector4(1, 2, 3));
-    EXPECT_LT(Deviation(lRoot->mLocalRotation, OrvVector4(10, 20, 30)), 1e-12);
-    EXPECT_EQ(lRoot->mParentOffset, OrvVector4());
-}
-
-TEST(AsfBindPose, RestRotationIsPlacedThroughTheBonesOrder)
-{
-    // Order 5 (rz ry rx) applies z, then y, then x: the angles come back in that sequence and
-    // go to the Z, Y and X slots, for the root and for any other bone.
-    OrvAsfNode* lRoot = MakeBone("root", {0, 1, 2, 3, 4, 5});
-    lRoot->mAxisMatrix.SetR(OrvVector4(10, 20, 30), 5);
-    lRoot->mAxisMatrixInverse = lRoot->mAxisMatrix.Inverse();
-    OrvAsfNode* lBone = MakeBone("bone", {3, 4, 5}, lRoot);
-    lBone->mAxisMatrix = lRoot->mAxisMatrix * lRoot->mAxisMatrix;
-    OrvAsfNode* lSame = MakeBone("same", {3, 4, 5}, lRoot);
-    lSame->mAxisMatrix = lRoot->mAxisMatrix;
-    lRoot->SetupPosition(false, false);
-    EXPECT_LT(Deviation(lRoot->mLocalRotation, OrvVector4(30, 20, 10)), 1e-12);
-    EXPECT_LT(Deviation(lBone->mLocalRotation, OrvVector4(30, 20, 10)), 1e-12);
-    EXPECT_LT(Deviation(lSame->mLocalRotation, OrvVector4()), 1e-12);  // the parent's axis: no rest rotation
-    OrvAsfNode::Destroy(lRoot);
-}
-
-TEST(AsfBindPose, EachFlagLeavesItsRestValueAlone)
-{
-    const auto lClear = ReadAsfText(kMixedSkeleton);
-    const auto lOffsets = ReadAsfText(kMixedSkeleton, false, {true, false});
-    const auto lPreRotations = ReadAsfText(kMixedSkeleton, false, {false, true});
-    const auto lBoth = ReadAsfText(kMixedSkeleton, false, {true, true});
-    ASSERT_TRUE(lClear->mRead && lOffsets->mRead && lPreRotations->mRead && lBoth->mRead);
-    const OrvAsfNode* lA = lClear->mScene.mRoot->Find("a");
-    const OrvAsfNode* lB = lClear->mScene.mRoot->Find("b");
-    EXPECT_EQ(lB->mParentOffset, lA->mDirection * lA->mLength);
-    EXPECT_EQ(lB->mParentAxisMatrix, lA->mAxisMatrix);
-    EXPECT_EQ(lB->mParentAxisMatrixInverse, lA->mAxisMatrixInverse);
-
-    EXPECT_EQ(lOffsets->mScene.mRoot->Find("b")->mLocalTranslation, OrvVector4());
-    EXPECT_EQ(lOffsets->mScene.mRoot->Find("b")->mLocalRotation, lB->mLocalRotation);
-    EXPECT_EQ(lPreRotations->mScene.mRoot->Find("b")->mLocalTranslation, lB->mLocalTranslation);
-    EXPECT_EQ(lPreRotations->mScene.mRoot->Find("b")->mLocalRotation, OrvVector4());
-
-    EXPECT_EQ(lBoth->mScene.mRoot->mPosition, OrvVector4());
-    ExpectNoRestValues(lBoth->mScene.mRoot, true);
-    EXPECT_EQ(lBoth->mScene.mRoot->Find("b")->mParentAxisMatrix, OrvAMatrix());  // not copied in this mode
-}
-
 TEST(AsfBindPose, ComposedRestValuesGiveBackEveryFrameAndJoint)
 {
     for (const SetupFlags& lFlags : kAllSetupFlags)
@@ -183,41 +115,6 @@ TEST(AsfBindPose, ComposedRestValuesGiveBackEveryFrameAndJoint)
         }
 }
 
-// --- SetupNode --------------------------------------------------------------------------------------
-
-TEST(AsfBindPose, SetupNodeOfAPlainOrEmptyBone)
-{
-    OrvAsfScene lScene;
-    lScene.mLengthUnit = 2.54;
-    OrvAsfNode lBone;
-    lScene.SetupNode(&lBone, OrvVector4(10, 0, 0), OrvVector4(), OrvVector4(1, 1, 1));
-    EXPECT_EQ(lBone.mPosition, OrvVector4(10, 0, 0));
-    EXPECT_EQ(lBone.mDirection, OrvVector4(1, 0, 0));
-    EXPECT_EQ(lBone.mLength, 10.0);
-    EXPECT_EQ(lBone.mAxisMatrix, OrvAMatrix());
-
-    OrvAsfNode lEmpty;
-    lScene.SetupNode(&lEmpty, OrvVector4(), OrvVector4(10, 20, 30), OrvVector4(1, 1, 1));
-    EXPECT_EQ(lEmpty.mLength, 0.0);
-    EXPECT_EQ(lEmpty.mPosition, OrvVector4());
-}
-
-TEST(AsfBindPose, SetupNodeComposesTheParentFrameRotationAndScale)
-{
-    OrvAsfScene lScene;
-    lScene.mLengthUnit = 0.45;
-    OrvAsfNode lBone;
-    lBone.mParentAxisMatrix.SetR(OrvVector4(0, 0, 90));
-    lScene.SetupNode(&lBone, OrvVector4(10, 0, 0), OrvVector4(0, 0, 90), OrvVector4(2, 1, 1));
-    // Two quarter turns about Z: the doubled bone vector points along -X.
-    EXPECT_LT(Deviation(lBone.mPosition, OrvVector4(-20, 0, 0)), 1e-12);
-    EXPECT_LT(Deviation(lBone.mDirection, OrvVector4(-1, 0, 0)), 1e-12);
-    EXPECT_NEAR(lBone.mLength, 20.0 * 0.45 / 2.54, 1e-12);
-    EXPECT_LT(Deviation(lBone.mAxis, OrvVector4(0, 0, 180)), 1e-9);
-    EXPECT_EQ(lBone.mAxisMatrixInverse, lBone.mAxisMatrix.Inverse());
-    EXPECT_EQ(lBone.mLocalRotation, OrvVector4());
-}
-
 // --- RemoveDummy --------------------------------------------------------------------------------
 
 namespace {
@@ -227,8 +124,10 @@ namespace {
 class AsfSimplifyTree : public ::testing::Test
 {
 protected:
-    void Build(std::vector<std::vector<std::string>> pLayout, SetupFlags pFlags = {false, false})
+    void Build(std::vector<std::vector<std::string>> pLayout)
     {
+        OrvAsfNode::Destroy(mScene.mRoot);
+        mJointsBefore.clear();
         mScene.mRoot = MakeBone("root", {0, 1, 2, 5, 4, 3});
         double lAngle = 10.0;
         for (const auto& lLine : pLayout)
@@ -242,78 +141,47 @@ protected:
             lBone->mAxisMatrixInverse = lBone->mAxisMatrix.Inverse();
             lAngle += 10.0;
         }
-        mFlags = pFlags;
-        mScene.mRoot->SetupPosition(pFlags.mUseRotationOffset, pFlags.mUsePreRotation);
+        mScene.mRoot->SetupPosition(false, false);
         JointsFromOffsets(*mScene.mRoot, OrvVector4(), mJointsBefore);
     }
 
-    void RemoveDummies() { mScene.mRoot->RemoveDummy(mFlags.mUseRotationOffset, mFlags.mUsePreRotation); }
+    void RemoveDummies() { mScene.mRoot->RemoveDummy(false, false); }
 
     // Every remaining bone keeps its joint and its frame is still reached by composition.
     void ExpectPoseKept()
     {
         std::map<std::string, OrvVector4> lJoints;
         JointsFromOffsets(*mScene.mRoot, OrvVector4(), lJoints);
-        for (const auto& lJoint : lJoints) EXPECT_LT(Deviation(lJoint.second, mJointsBefore.at(lJoint.first)), 1e-12) << lJoint.first;
-        EXPECT_LT(ComposeFromRoot(*mScene.mRoot, mFlags), 1e-9);
+        for (const auto& lJoint : lJoints) EXPECT_LT((lJoint.second - mJointsBefore.at(lJoint.first)).Length(), 1e-12) << lJoint.first;
+        EXPECT_LT(ComposeFromRoot(*mScene.mRoot, {false, false}), 1e-9);
     }
 
     OrvAsfNode* Find(const char* pName) { return mScene.mRoot->Find(pName); }
 
     OrvAsfScene mScene;
-    SetupFlags mFlags{false, false};
     std::map<std::string, OrvVector4> mJointsBefore;
 };
 
 } // namespace
 
-TEST_F(AsfSimplifyTree, DummyHandsItsChildrenUpInReverseOrder)
+TEST_F(AsfSimplifyTree, DummiesHandTheirChildrenUpInReverseOrderAfterTheRemainingSiblings)
 {
-    Build({{"root", "d", "-"}, {"d", "a", "dof"}, {"d", "b", "dof"}});
-    const OrvVector4 lOffset = Find("d")->mParentOffset + Find("a")->mParentOffset;
-    RemoveDummies();
-    EXPECT_EQ(TreeText(mScene.mRoot), "root(b a)");
-    EXPECT_EQ(Find("a")->mParentOffset, lOffset);
-    EXPECT_EQ(Find("a")->mParentAxisMatrix, mScene.mRoot->mAxisMatrix);
-    ExpectPoseKept();
-}
-
-TEST_F(AsfSimplifyTree, HandedUpBonesGoAfterTheRemainingSiblings)
-{
-    Build({{"root", "x", "dof"}, {"root", "d", "-"}, {"root", "y", "dof"}, {"d", "p", "dof"}, {"d", "q", "dof"}});
-    RemoveDummies();
-    EXPECT_EQ(TreeText(mScene.mRoot), "root(x y q p)");
-    ExpectPoseKept();
-}
-
-TEST_F(AsfSimplifyTree, ChainsOfDummiesCollapse)
-{
-    Build({{"root", "d1", "-"}, {"d1", "d2", "-"}, {"d2", "g", "dof"}, {"g", "h", "dof"}});
-    const OrvVector4 lSum = Find("d1")->mParentOffset + Find("d2")->mParentOffset + Find("g")->mParentOffset;
-    RemoveDummies();
-    EXPECT_EQ(TreeText(mScene.mRoot), "root(g(h))");
-    EXPECT_LT(Deviation(Find("g")->mParentOffset, lSum), 1e-15);
-    ExpectPoseKept();
-}
-
-TEST_F(AsfSimplifyTree, DummyLeavesGoAndTheRootStays)
-{
-    Build({{"root", "leaf", "-"}, {"root", "one", "dof"}});
-    Find("one")->mDofCount = 1;
-    mScene.mRoot->mDofCount = 0;
-    RemoveDummies();
-    EXPECT_EQ(TreeText(mScene.mRoot), "root(one)");
-}
-
-TEST_F(AsfSimplifyTree, WithBothFlagsSetOnlyLinksAndOffsetsChange)
-{
-    Build({{"root", "a", "dof"}, {"a", "d", "-"}, {"d", "g", "dof"}}, {true, true});
-    const OrvVector4 lOffset = Find("d")->mParentOffset + Find("g")->mParentOffset;
-    RemoveDummies();
-    EXPECT_EQ(Find("g")->mParent, Find("a"));
-    EXPECT_EQ(Find("g")->mParentOffset, lOffset);
-    ExpectNoRestValues(mScene.mRoot, false);
-    ExpectPoseKept();
+    const std::pair<std::vector<std::vector<std::string>>, std::string> lCases[] = {
+        {{{"root", "d", "-"}, {"d", "a", "dof"}, {"d", "b", "dof"}}, "root(b a)"},
+        {{{"root", "x", "dof"}, {"root", "d", "-"}, {"root", "y", "dof"}, {"d", "p", "dof"}, {"d", "q", "dof"}},
+         "root(x y q p)"},
+        {{{"root", "d1", "-"}, {"d1", "d2", "-"}, {"d2", "g", "dof"}, {"g", "h", "dof"}}, "root(g(h))"},
+        {{{"root", "leaf", "-"}, {"root", "one", "dof"}}, "root(one)"},
+    };
+    for (const auto& [lLayout, lTree] : lCases)
+    {
+        SCOPED_TRACE(lTree);
+        Build(lLayout);
+        mScene.mRoot->mDofCount = 0;  // a root stays, with or without DOFs
+        RemoveDummies();
+        EXPECT_EQ(TreeText(mScene.mRoot), lTree);
+        ExpectPoseKept();
+    }
 }
 
 TEST_F(AsfSimplifyTree, DummyStaysWhenItsParentCannotTakeItsChildren)
@@ -329,16 +197,6 @@ TEST_F(AsfSimplifyTree, DummyStaysWhenItsParentCannotTakeItsChildren)
 }
 
 // --- RemoveEndSite --------------------------------------------------------------------------------
-
-TEST_F(AsfSimplifyTree, EndSitesAreZeroLengthLeaves)
-{
-    Build({{"root", "tip", "dof"}, {"root", "short", "dof"}, {"root", "joint", "dof"}, {"joint", "end", "dof"}});
-    Find("tip")->mLength = 0.0;
-    Find("short")->mLength = 0.5;
-    Find("joint")->mLength = 0.0;
-    mScene.mRoot->RemoveEndSite();
-    EXPECT_EQ(TreeText(mScene.mRoot), "root(short joint(end))");
-}
 
 TEST_F(AsfSimplifyTree, EndSiteRemovalDoesNotCascadeInOneCall)
 {
@@ -357,7 +215,6 @@ TEST(AsfBindPoseRealFiles, ComposedRestValuesGiveBackEveryFrameAndJointWithAndWi
 {
     const auto lFiles = RealAsfFiles();
     if (lFiles.empty()) GTEST_SKIP() << "no shared data folder";
-    double lLargest = 0.0;
     for (const auto& lPath : lFiles)
     {
         for (const SetupFlags& lFlags : kAllSetupFlags)
@@ -370,22 +227,18 @@ TEST(AsfBindPoseRealFiles, ComposedRestValuesGiveBackEveryFrameAndJointWithAndWi
             for (int i = 0; i < 2; ++i)
             {
                 JointsFromOffsets(*lRoots[i], OrvVector4(), lJoints[i]);
-                const double lDeviation = ComposeFromRoot(*lRoots[i], lFlags);
-                EXPECT_LT(lDeviation, 1e-9);
-                lLargest = std::max(lLargest, lDeviation);
+                EXPECT_LT(ComposeFromRoot(*lRoots[i], lFlags), 1e-9);
             }
-            if (lFlags.mUseRotationOffset && lFlags.mUsePreRotation) ExpectNoRestValues(lRoots[0], true);
+            if (lFlags.mUseRotationOffset && lFlags.mUsePreRotation) ExpectNoRestValues(lRoots[0]);
 
             // The dummies (lhipjoint and rhipjoint) are gone; every other bone keeps its joint and frame.
             EXPECT_EQ(lJoints[1].size() + 2, lJoints[0].size());
             for (const OrvAsfNode* lBone : AllBones(lRoots[1]))
             {
                 EXPECT_TRUE(lBone->mDofCount > 0 || !lBone->mParent) << lBone->mName;
-                EXPECT_LT(Deviation(lJoints[1].at(lBone->mName), lJoints[0].at(lBone->mName)), 1e-9) << lBone->mName;
+                EXPECT_LT((lJoints[1].at(lBone->mName) - lJoints[0].at(lBone->mName)).Length(), 1e-9) << lBone->mName;
                 EXPECT_EQ(lBone->mAxisMatrix, lRoots[0]->Find(lBone->mName)->mAxisMatrix);
             }
         }
     }
-    RecordProperty("largest_deviation", std::to_string(lLargest));
-    std::printf("largest deviation on the real skeletons: %.3g\n", lLargest);
 }

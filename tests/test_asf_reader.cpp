@@ -1,5 +1,4 @@
-// ASF reader: the driver and every section reader, one table row per kind of text, plus the
-// real files and concurrent reading.
+// ASF reader: the driver and every section reader, one table row per kind of text.
 
 #include "AsfTestSupport.h"
 
@@ -9,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <thread>
+#include <limits>
 
 using namespace orvsdk;
 using namespace orvsdk::asftest;
@@ -41,11 +40,6 @@ const std::string kLegBones = ":bonedata\n" + BoneBlock("lhip") + BoneBlock("lfe
 const std::string kLegHierarchy = Hierarchy("    root lhip\n    lhip lfemur\n    lfemur ltibia\n");
 const std::string kLegTree = "root(lhip(lfemur(ltibia)))";
 
-std::vector<int> Dofs(const OrvAsfNode& pBone)
-{
-    return std::vector<int>(pBone.mDof, pBone.mDof + pBone.mDofCount);
-}
-
 const OrvAsfNode& Bone(const OrvAsfScene& pScene, const char* pName)
 {
     return *pScene.mRoot->Find(pName);
@@ -74,11 +68,6 @@ struct ReadCase
     std::function<void(const OrvAsfScene&)> mCheck = nullptr;
 };
 
-void PrintTo(const ReadCase& pCase, std::ostream* pStream)
-{
-    *pStream << pCase.mBehaviour;
-}
-
 const std::string l49(49, 'a');
 
 const ReadCase kReadCases[] = {
@@ -87,19 +76,12 @@ const ReadCase kReadCases[] = {
      ":version 1.10\n:name walker\n:units\n  mass 1.0\n  length 1.0\n  angle deg\n:documentation\n  free text\n"
      "  more text\n" + kRoot + kLegBones + kLegHierarchy,
      true, {}, kLegTree, [](const OrvAsfScene& s) { EXPECT_STREQ(s.mName, "walker"); }},
-    {"no root: refused after reading", ":name walker\n" + Hierarchy(), false, {}, "no root",
-     [](const OrvAsfScene& s) { EXPECT_STREQ(s.mName, "walker"); }},
-    {"empty file", "", false, {}, "no root"},
     {"unknown words and sections skipped to the next section",
      "stray words\nmore words\n:foo\n  length 3\n:units\n  length 2\n" + kRoot + Hierarchy(), true,
      {"W: Ignoring unknown keyword (:stray)", "W: Ignoring unknown keyword (:)"}, "root",
      [](const OrvAsfScene& s) { EXPECT_EQ(s.mLengthUnit, 2.0); }},
     {"hierarchy may end the file", kRoot + kLegBones + ":hierarchy\n  begin\n    lhip lfemur\n", true, {},
      "root(lhip(lfemur) ltibia)"},
-    {"documentation may not end the file", kRoot + ":documentation\n  text\n", false, {}, "root"},
-    {"bone data may not end the file", kRoot + kLegBones, false, {}, "root(lhip lfemur ltibia)"},
-    {"units may not end the file", kRoot + ":units\n", false, {}, "root"},
-    {"root may not end the file", kRoot, false, {}, "no root"},
     // --- :version, :name, :units, :skin
     {"version other than 1.10 warns", ":version 1.1\n:version 1.09\n:version\n" + kRoot + Hierarchy(), true,
      {"W: Bad File format version (1.090000), trying 1.10",
@@ -136,7 +118,6 @@ const ReadCase kReadCases[] = {
      }},
     {"skin takes at most three names and ends at a section",
      kRoot + kLegBones + ":skin a.skin\nb.skin\nc.skin\nd.skin\n" + kLegHierarchy, true, {}, kLegTree},
-    {"skin with one name", kRoot + kLegBones + ":skin a.skin\n" + kLegHierarchy, true, {}, kLegTree},
     // --- :root
     {"root section fills the root bone", kRoot + Hierarchy(), true, {}, "root",
      [](const OrvAsfScene& s) {
@@ -144,7 +125,6 @@ const ReadCase kReadCases[] = {
          EXPECT_EQ(Dofs(*s.mRoot), (std::vector<int>{0, 1, 2, 5, 4, 3}));
          EXPECT_EQ(s.mRoot->mRotationOffset, OrvVector4(1, 2, 3));
          EXPECT_EQ(s.mRoot->mAxisMatrix, Frame(OrvVector4(10, 20, 30), 0));
-         EXPECT_EQ(s.mRoot->mAxisMatrixInverse, Frame(OrvVector4(10, 20, 30), 0).Inverse());
      }},
     {"unknown axis word", ":root\n  axis abc\n" + Hierarchy(), false, {"E: Unknown rotation order"}, "no root"},
     {"bad root lines warn and keep defaults",
@@ -179,18 +159,21 @@ const ReadCase kReadCases[] = {
          EXPECT_EQ(lBone.mAxisOrder, 5);
          EXPECT_EQ(lBone.mAxisMatrix, Frame(OrvVector4(0, 0, 20), 5));
          EXPECT_EQ(Dofs(lBone), (std::vector<int>{5, 4, 3}));
-         EXPECT_EQ(lBone.mLimitMin[5], -160.0);
-         EXPECT_EQ(lBone.mLimitMax[5], 20.0);
-         EXPECT_EQ(lBone.mLimitMin[4], -70.0);
-         EXPECT_EQ(lBone.mLimitMin[3], -60.0);
-         EXPECT_TRUE(lBone.mLimitMinActive[3] && lBone.mLimitMaxActive[3]);
+         EXPECT_TRUE(lBone.mLimitMin[3] == -60.0 && lBone.mLimitMinActive[3] && lBone.mLimitMaxActive[3]);
          EXPECT_FALSE(lBone.mLimitMinActive[0]);
      }},
-    {"limit pairs in every notation",
+    {"limit pairs in every notation; an infinity or overflow is absent only on its own side",
      kRoot + ":bonedata\n" + BoneBlock("a", "    dof rx ry rz\n    limits (-1.5,2) ( -1.5 , 2 )\n    -1.5 2\n") +
-         BoneBlock("b", "    dof rx ry\n    limits (-inf inf)\n    (-inf 5)\n") + Hierarchy(),
-     true, {}, "root(a b)",
+         BoneBlock("b", "    dof rx ry\n    limits (-inf inf)\n    (-inf 5)\n") +
+         BoneBlock("c", "    dof rx ry\n    limits (1e999 -1e309)\n    (-1.7976931348623157e308 1.7976931348623157e308)\n") +
+         Hierarchy(),
+     true, {}, "root(a b c)",
      [](const OrvAsfScene& s) {
+         const double kInf = std::numeric_limits<double>::infinity();
+         const double kLargest = std::numeric_limits<double>::max();
+         const OrvAsfNode& lC = Bone(s, "c");
+         EXPECT_TRUE(lC.mLimitMinActive[5] && lC.mLimitMaxActive[5] && lC.mLimitMin[5] == kInf && lC.mLimitMax[5] == -kInf);
+         EXPECT_TRUE(lC.mLimitMinActive[4] && lC.mLimitMaxActive[4] && lC.mLimitMin[4] == -kLargest && lC.mLimitMax[4] == kLargest);
          for (int lCode = 3; lCode <= 5; ++lCode)
              EXPECT_TRUE(Bone(s, "a").mLimitMin[lCode] == -1.5 && Bone(s, "a").mLimitMax[lCode] == 2.0) << lCode;
          const OrvAsfNode& lB = Bone(s, "b");
@@ -341,52 +324,4 @@ TEST(AsfReader, RootAllocationFailureIsRefusedWithoutLeak)
     EXPECT_FALSE(lRead->mRead);
     EXPECT_THAT(Messages(lRead->mFile), ElementsAre("E: Not enough memory"));
     EXPECT_EQ(lRead->mScene.mRoot, nullptr);
-}
-
-// --- Real files and concurrency -------------------------------------------------------------------
-
-TEST(AsfReaderRealFiles, EveryFileReadsWithoutError)
-{
-    const auto lFiles = RealAsfFiles();
-    if (lFiles.empty()) GTEST_SKIP() << "no shared data folder";
-    for (const auto& lPath : lFiles)
-    {
-        const auto lRead = ReadAsfFile(lPath);
-        EXPECT_TRUE(lRead->mRead) << lPath;
-        EXPECT_EQ(lRead->mFile.GetErrorCount(), 0) << lPath;
-        ASSERT_NE(lRead->mScene.mRoot, nullptr);
-        EXPECT_EQ(AllBones(lRead->mScene.mRoot).size(), 31u) << lPath;
-        EXPECT_EQ(lRead->mScene.mRoot->mDofCount, 6);
-    }
-}
-
-TEST(AsfReaderConcurrency, DifferentFilesReadAtOnceInSeveralThreads)
-{
-    // Each text relies on per-file keyword counters: a shared counter would let one thread's
-    // "name" or "direction" hide another's missing one, or the reverse.
-    struct Case
-    {
-        std::string mText;
-        bool mResult;
-        size_t mBones;
-    };
-    const std::string lBones = kRoot + ":bonedata\n" + BoneBlock("a");
-    const Case lCases[] = {
-        {kRoot + kLegBones + kLegHierarchy, true, 4},
-        {lBones + BoneBlock("b") + "  begin\n    name c\n    length 1\n  end\n" + Hierarchy(), false, 3},
-        {lBones + "  begin\n    direction 0 0 1\n    length 1\n  end\n" + Hierarchy(), false, 2},
-    };
-    std::vector<int> lFailures(6, 0);
-    std::vector<std::thread> lThreads;
-    for (int t = 0; t < 6; ++t)
-        lThreads.emplace_back([&, t] {
-            const Case& lCase = lCases[t % 3];
-            for (int i = 0; i < 300; ++i)
-            {
-                const auto lRead = ReadAsfText(lCase.mText);
-                if (lRead->mRead != lCase.mResult || AllBones(lRead->mScene.mRoot).size() != lCase.mBones) ++lFailures[t];
-            }
-        });
-    for (std::thread& lThread : lThreads) lThread.join();
-    EXPECT_EQ(lFailures, std::vector<int>(6, 0));
 }

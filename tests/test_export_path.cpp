@@ -12,7 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <string>
 #include <utility>
@@ -32,11 +31,6 @@ OrvNode* AddJoint(OrvNode* pParent, const char* pName, double pX, double pY, dou
     OrvNode* lNode = AddNode(pParent, pName);
     SetProperty(lNode->LclTranslation, OrvVector4(pX, pY, pZ));
     return lNode;
-}
-
-std::vector<int> Dofs(const OrvAsfNode* pBone)
-{
-    return std::vector<int>(pBone->mDof, pBone->mDof + pBone->mDofCount);
 }
 
 class ExportPath : public ::testing::Test
@@ -72,15 +66,12 @@ TEST_F(ExportPath, WholeExportInsertsIntermediateBonesAndPrunesEndSites)
     EXPECT_STREQ(mAsf.mName, "ASF");
     EXPECT_EQ(mAsf.mLengthUnit, 1.0);
     EXPECT_EQ(TreeText(mAsf.mRoot), "root(HipsDummy(Hips(SpineDummy(Spine) LeftUpLegDummy RightUpLegDummy)))");
-    EXPECT_EQ(Dofs(mAsf.mRoot), (std::vector<int>{0, 1, 2, 5, 4, 3}));
-    EXPECT_EQ(Dofs(mAsf.mRoot->Find("Spine")), (std::vector<int>{5, 4, 3}));
+    EXPECT_EQ(Dofs(*mAsf.mRoot), (std::vector<int>{0, 1, 2, 5, 4, 3}));
+    EXPECT_EQ(Dofs(*mAsf.mRoot->Find("Spine")), (std::vector<int>{5, 4, 3}));
     EXPECT_EQ(mAsf.mRoot->Find("HipsDummy")->mDofCount, 0);
     EXPECT_NEAR(mAsf.mRoot->Find("HipsDummy")->mLength, 90 / 2.54, 1e-12);  // translation plus offset
     EXPECT_EQ(mAsf.mRoot->Find("Hips")->mLength, 0.0);
-    EXPECT_NEAR(mAsf.mRoot->Find("SpineDummy")->mLength, 10 / 2.54, 1e-12);
     EXPECT_NEAR(mAsf.mRoot->Find("Spine")->mLength, 30 / 2.54, 1e-12);  // Head's offset, Head gone
-    EXPECT_NEAR(mAsf.mRoot->Find("LeftUpLegDummy")->mLength, std::sqrt(89.0) / 2.54, 1e-12);
-    ExpectVectorNear(mAsf.mRoot->Find("LeftUpLegDummy")->mDirection, 8 / std::sqrt(89.0), -5 / std::sqrt(89.0), 0);
 
     // Without the local transforms only the rotation offsets count.
     EXPECT_TRUE(mAsf.ORVToASF(mHostRoot, false, kUnitScale, false));
@@ -126,15 +117,13 @@ TEST_F(ExportPath, DofsAndLimitsComeFromTheHostJoint)
         mAsf.ORVToASF(mHostRoot, lTranslationDofs, kUnitScale, true);
         const OrvAsfNode* lBone = mAsf.mRoot->Find("Joint");
         ASSERT_NE(lBone, nullptr);
-        EXPECT_EQ(Dofs(lBone), lTranslationDofs ? (std::vector<int>{0, 1, 2, 3, 4, 5}) : (std::vector<int>{3, 4, 5}));
+        EXPECT_EQ(Dofs(*lBone), lTranslationDofs ? (std::vector<int>{0, 1, 2, 3, 4, 5}) : (std::vector<int>{3, 4, 5}));
         EXPECT_TRUE(lBone->mLimitMinActive[5]);
         EXPECT_FALSE(lBone->mLimitMinActive[4] || lBone->mLimitMinActive[3] || lBone->mLimitMaxActive[5]);
-        EXPECT_EQ(lBone->mLimitMin[5], -30);
-        EXPECT_EQ(lBone->mLimitMin[4], -40);
-        EXPECT_EQ(lBone->mLimitMax[3], 50);
+        EXPECT_TRUE(lBone->mLimitMin[5] == -30 && lBone->mLimitMin[4] == -40 && lBone->mLimitMax[3] == 50);
         EXPECT_EQ(lBone->mLimitMaxActive[1], lTranslationDofs);
-        EXPECT_EQ(lBone->mLimitMax[1], lTranslationDofs ? 7.0 : 0.0);
-        EXPECT_EQ(lBone->mLimitMax[0], lTranslationDofs ? 6.0 : 0.0);
+        EXPECT_EQ(std::vector<double>(lBone->mLimitMax, lBone->mLimitMax + 2),
+                  (lTranslationDofs ? std::vector<double>{6, 7} : std::vector<double>{0, 0}));
     }
 }
 
@@ -150,7 +139,7 @@ TEST_F(ExportPath, RootRotationCodesFollowTheHostRootsOrder)
     {
         mHostRoot->SetRotationOrder(OrvNode::eSourcePivot, static_cast<OrvEuler::EOrder>(lCase.first));
         mAsf.ORVToASF(mHostRoot, false, kUnitScale, true);
-        EXPECT_EQ(Dofs(mAsf.mRoot), lCase.second) << lCase.first;
+        EXPECT_EQ(Dofs(*mAsf.mRoot), lCase.second) << lCase.first;
         EXPECT_EQ(TreeText(mAsf.mRoot), "root");
     }
 }
@@ -243,32 +232,15 @@ TEST_F(ExportPath, MergeBindsBonesByNameAndTakesTheNearestBoundAncestorsFrame)
     ExpectVectorNear(lRoot->mRotationOffset, 4, 5, 6, 0.0);
     EXPECT_EQ(lHipsDummy->mParentAxisMatrix, lDummyParentFrame);
     EXPECT_EQ(lHips->mParentAxisMatrix, lRoot->mAxisMatrix);
-    EXPECT_EQ(lHips->mParentAxisMatrixInverse, lRoot->mAxisMatrixInverse);
     EXPECT_EQ(lHips->mRotationCurveNode, lHipsRotation);
     EXPECT_EQ(lSpine->mParentAxisMatrix, lHips->mAxisMatrix);
     EXPECT_EQ(lSpine->mTranslationCurveNode, nullptr);
     EXPECT_EQ(TreeText(lRoot), "root(HipsDummy(Hips(Spine)))");
 }
 
-TEST_F(ExportPath, MergeNeedsASkeleton)
-{
-    EXPECT_FALSE(mAsf.MergeORVToASF(mHostRoot));
-    EXPECT_EQ(mAsf.mRoot, nullptr);
-}
-
 // --- Real skeletons through the host and back ----------------------------------------------------
 
 namespace {
-
-struct Pairing
-{
-    SetupFlags mFlags;
-    bool mUseLocalTransform;
-};
-
-// The two pairings in which the rest pose reaches the exporter: in local transforms, or in
-// rotation offsets and pre-rotations.
-const Pairing kPairings[] = {{{false, false}, true}, {{true, true}, false}};
 
 reference::Skeleton DescribeFile(const std::string& pPath)
 {
@@ -277,19 +249,18 @@ reference::Skeleton DescribeFile(const std::string& pPath)
     return lRead->mScene.mRoot ? reference::DescribeSkeleton(lRead->mScene) : reference::Skeleton();
 }
 
-// Imports the file with the pairing's set-up flags, exports the host nodes and writes the result
-// to pOutput.
-void ExportThroughHost(const std::string& pInput, Pairing pPairing, const std::string& pOutput)
+// Imports the file, exports the host nodes and writes the result to pOutput. The rest pose
+// reaches the exporter in local transforms, or with pPivots in rotation offsets and pre-rotations.
+void ExportThroughHost(const std::string& pInput, bool pPivots, const std::string& pOutput)
 {
     OrvScenePtr lHost = CreateHostScene();
-    const auto lImported = ReadAsfFile(pInput, false, pPairing.mFlags);
+    const auto lImported = ReadAsfFile(pInput, false, {pPivots, pPivots});
     ASSERT_TRUE(lImported->mRead);
-    OrvNode* lRoot = lImported->mScene.ASFToORV(lHost.get(), "Take", true, pPairing.mFlags.mUseRotationOffset,
-                                               pPairing.mFlags.mUsePreRotation);
+    OrvNode* lRoot = lImported->mScene.ASFToORV(lHost.get(), "Take", true, pPivots, pPivots);
     lHost->GetRootNode()->AddChild(lRoot);
 
     OrvAsfScene lExported;
-    lExported.ORVToASF(lRoot, false, kUnitScale, pPairing.mUseLocalTransform);
+    lExported.ORVToASF(lRoot, false, kUnitScale, !pPivots);
     OrvFileAcclaimAsf lWriter(false);
     ASSERT_TRUE(lWriter.Create(pOutput.c_str()));
     EXPECT_TRUE(lWriter.Write(&lExported));
@@ -325,26 +296,18 @@ TEST(ExportRealSkeletons, RoundTripThroughTheHostKeepsEveryJoint)
     const auto lFiles = RealAsfFiles();
     if (lFiles.empty()) GTEST_SKIP() << "no shared data folder";
     const std::string lOutput = testfiles::ScratchPath("export.asf");
-    double lLargest = 0.0;
-    int lRoundTrips = 0;
     for (const auto& lPath : lFiles)
     {
         const reference::Skeleton lOriginal = DescribeFile(lPath.string());
-        for (const Pairing& lPairing : kPairings)
+        for (bool lPivots : {false, true})
         {
-            SCOPED_TRACE(lPath.filename().string() + (lPairing.mUseLocalTransform ? " local" : " pivots"));
-            ExportThroughHost(lPath.string(), lPairing, lOutput);
+            SCOPED_TRACE(lPath.filename().string() + (lPivots ? " pivots" : " local"));
+            ExportThroughHost(lPath.string(), lPivots, lOutput);
             if (HasFatalFailure()) return;
             const reference::Skeleton lCopy = DescribeFile(lOutput);
             ASSERT_FALSE(lCopy.mBones.empty());
-            const double lDifference = LargestRestPoseDifference(lOriginal, lCopy);
-            EXPECT_LT(lDifference, 1e-3);
-            lLargest = std::max(lLargest, lDifference);
-            ++lRoundTrips;
+            EXPECT_LT(LargestRestPoseDifference(lOriginal, lCopy), 1e-3);
         }
     }
     std::remove(lOutput.c_str());
-    RecordProperty("largest_cm", std::to_string(lLargest));
-    std::printf("%zu skeletons, %d round trips, largest world-position difference %.3g cm\n", lFiles.size(),
-                lRoundTrips, lLargest);
 }
