@@ -5,6 +5,7 @@
 #include "orvsdk/host/anim/OrvAnimCurveNode.h"
 #include "orvsdk/host/scene/OrvNode.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 
@@ -75,7 +76,7 @@ bool OrvBvhWriter::Write(const char* pPath, orvsdk::OrvNode* pRoot, const OrvBvh
     mJoints.clear();
     mRestTime = pSettings.mStartTime;
     if (!mFile.Create(pPath)) return false;
-    const bool lWritten = mFile.Print(0, "HIERARCHY\n") && WriteJoint(pRoot, 0, true) && WriteMotion(pSettings);
+    const bool lWritten = mFile.Print(0, "HIERARCHY\n") && WriteJoint(pRoot, 0, true) && WriteMotion(pRoot, pSettings);
     // Close must run either way: it removes the temporary file of a failed write.
     const bool lClosed = mFile.Close();
     mJoints.clear();
@@ -133,31 +134,38 @@ bool OrvBvhWriter::WriteEndSite(const orvsdk::OrvVector4& pOffset, int pLevel)
            mFile.Print(pLevel, "}\n");
 }
 
-bool OrvBvhWriter::WriteMotion(const OrvBvhWriteSettings& pSettings)
+bool OrvBvhWriter::WriteMotion(orvsdk::OrvNode* pRoot, const OrvBvhWriteSettings& pSettings)
 {
     if (!mFile.Print(0, "MOTION\nFrames: %d\nFrame Time: %.9g\n", pSettings.mFrameCount,
                      1.0 / pSettings.mFramesPerSecond))
         return false;
+    const orvsdk::OrvPoseEvaluator lEvaluator(pRoot);
+    const std::vector<OrvNode*>& lNodes = lEvaluator.GetNodes();
+    for (Joint& lJoint : mJoints)
+        lJoint.mEvaluatorIndex = static_cast<int>(std::find(lNodes.begin(), lNodes.end(), lJoint.mNode) - lNodes.begin());
+    std::vector<orvsdk::OrvAMatrix> lLocals(lNodes.size());
     std::string lLine;
     for (int lFrame = 0; lFrame < pSettings.mFrameCount; ++lFrame)
     {
         const orvsdk::OrvTime lTime(pSettings.mStartTime.Get() +
                                     orvsdk::OrvTime::FromFrame(lFrame, pSettings.mFramesPerSecond).Get());
         lLine.clear();
-        AppendFrame(lTime, lLine);
+        AppendFrame(lEvaluator, lTime, lLocals, lLine);
         if (!mFile.Print(0, "%s\n", lLine.c_str())) return false;
     }
     return true;
 }
 
-void OrvBvhWriter::AppendFrame(orvsdk::OrvTime pTime, std::string& pLine) const
+void OrvBvhWriter::AppendFrame(const orvsdk::OrvPoseEvaluator& pEvaluator, orvsdk::OrvTime pTime,
+                               std::vector<orvsdk::OrvAMatrix>& pLocals, std::string& pLine) const
 {
+    pEvaluator.EvaluateLocals(pTime, pLocals.data());
     for (const Joint& lJoint : mJoints)
     {
-        const orvsdk::OrvAMatrix lLocal = lJoint.mNode->EvaluateLocalTransform(pTime);
+        const orvsdk::OrvAMatrix& lLocal = pLocals[static_cast<size_t>(lJoint.mEvaluatorIndex)];
         if (lJoint.mHasPosition)
         {
-            const OrvVector4 lTranslation = lJoint.mNode->EvaluateLocalTranslation(pTime);
+            const OrvVector4 lTranslation = pEvaluator.EvaluateLocalTranslation(lJoint.mEvaluatorIndex, pTime);
             for (int a = 0; a < 3; ++a)
             {
                 AppendNumber(pLine, lTranslation[a]);

@@ -3,6 +3,7 @@
 
 #include "orvsdk/host/math/OrvEuler.h"
 #include "orvsdk/host/io/OrvTextFile.h"
+#include "orvsdk/host/scene/OrvPoseEvaluator.h"
 #include "orvsdk/host/core/OrvTime.h"
 #include "orvsdk/host/math/OrvVector4.h"
 
@@ -55,8 +56,8 @@ public:
     // Writes the skeleton below pRoot (not null), evaluated in its scene's current animation
     // stack, to pPath. True when the whole file was written; false, with an error message in
     // GetFile(), when it could not be created or written, in which case an existing file at
-    // pPath is untouched. Costs the frame count times the joint count in evaluations; memory
-    // stays bounded by the joint count.
+    // pPath is untouched. Costs one whole-pose evaluation per frame; memory stays bounded by
+    // the node count.
     bool Write(const char* pPath, orvsdk::OrvNode* pRoot, const OrvBvhWriteSettings& pSettings);
 
     // The messages of the last write.
@@ -69,6 +70,7 @@ private:
         orvsdk::OrvNode* mNode;
         bool mHasPosition;
         orvsdk::OrvEuler::EOrder mOrder;
+        int mEvaluatorIndex = -1;  // the node's index among the pose evaluator's nodes
     };
 
     bool WriteJoint(orvsdk::OrvNode* pNode, int pLevel, bool pIsRoot);
@@ -76,8 +78,9 @@ private:
     orvsdk::OrvVector4 RestOffset(orvsdk::OrvNode* pNode) const;
     bool WriteChannels(const Joint& pJoint, int pLevel);
     bool WriteEndSite(const orvsdk::OrvVector4& pOffset, int pLevel);
-    bool WriteMotion(const OrvBvhWriteSettings& pSettings);
-    void AppendFrame(orvsdk::OrvTime pTime, std::string& pLine) const;
+    bool WriteMotion(orvsdk::OrvNode* pRoot, const OrvBvhWriteSettings& pSettings);
+    void AppendFrame(const orvsdk::OrvPoseEvaluator& pEvaluator, orvsdk::OrvTime pTime,
+                     std::vector<orvsdk::OrvAMatrix>& pLocals, std::string& pLine) const;
 
     orvsdk::OrvTextFile mFile;
     std::vector<Joint> mJoints;

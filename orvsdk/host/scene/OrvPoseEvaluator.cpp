@@ -92,6 +92,11 @@ void OrvPoseEvaluator::EvaluateLocals(OrvTime pTime, OrvAMatrix* pLocals) const
     for (size_t i = 0; i < mRecipes.size(); ++i) pLocals[i] = LocalTransform(mRecipes[i], pTime);
 }
 
+OrvVector4 OrvPoseEvaluator::EvaluateLocalTranslation(int pIndex, OrvTime pTime) const
+{
+    return ValueAt(mRecipes[static_cast<size_t>(pIndex)].mTranslation, pTime);
+}
+
 void OrvPoseEvaluator::EvaluateGlobals(OrvTime pTime, OrvAMatrix* pGlobals) const
 {
     for (size_t i = 0; i < mRecipes.size(); ++i)

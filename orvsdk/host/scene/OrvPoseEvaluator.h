@@ -38,6 +38,9 @@ public:
 
     // Fills pLocals (GetNodeCount() entries) with every node's local transform at pTime.
     void EvaluateLocals(OrvTime pTime, OrvAMatrix* pLocals) const;
+    // The local translation property of node pIndex at pTime, as OrvNode::EvaluateLocalTranslation
+    // gives it (without the rotation offset).
+    OrvVector4 EvaluateLocalTranslation(int pIndex, OrvTime pTime) const;
     // Fills pGlobals (GetNodeCount() entries) with every node's global transform at pTime.
     void EvaluateGlobals(OrvTime pTime, OrvAMatrix* pGlobals) const;
     // Fills pPositions with X, Y, Z of every node's world position at pTime (3 per node);
