@@ -59,6 +59,12 @@ inline std::unique_ptr<AsfRead> ReadAsfFile(const std::string& pPath, bool pRemo
     return lRead;
 }
 
+// An ASF bone block with the three required lines (direction 0 0 2, length 2) and pExtra after them.
+inline std::string BoneBlock(const std::string& pName, const std::string& pExtra = "")
+{
+    return "  begin\n    name " + pName + "\n    direction 0 0 2\n    length 2.0\n" + pExtra + "  end\n";
+}
+
 // The bone's DOF codes in list order.
 inline std::vector<int> Dofs(const OrvAsfNode& pBone)
 {
@@ -94,6 +100,15 @@ inline OrvAsfNode* MakeBone(const char* pName, std::vector<int> pDofs = {}, OrvA
     for (int lCode : pDofs) lBone->mDof[lBone->mDofCount++] = lCode;
     if (pParent) pParent->AddChild(lBone);
     return lBone;
+}
+
+// Sets pBone's limit flags and values of DOF code pCode.
+inline void SetLimit(OrvAsfNode* pBone, int pCode, bool pMinActive, double pMin, bool pMaxActive, double pMax)
+{
+    pBone->mLimitMinActive[pCode] = pMinActive;
+    pBone->mLimitMin[pCode] = pMin;
+    pBone->mLimitMaxActive[pCode] = pMaxActive;
+    pBone->mLimitMax[pCode] = pMax;
 }
 
 // The subtree as text, children in parentheses: "root(a(c) b)". A child whose parent link does

@@ -2,7 +2,6 @@
 // the AMC reader and imported, must put every joint where the host puts it; and the file's layout.
 
 #include "support/AsfAmcInterchange.h"
-#include "support/BvhReference.h"
 #include "support/ScratchFiles.h"
 
 #include <gtest/gtest.h>
@@ -100,21 +99,10 @@ protected:
         if (!lImport.mRoot) return HUGE_VAL;  // the import failed
         double lLargest = 0.0;
         for (int f = 0; f < kFrameCount; ++f)
-        {
-            const OrvTime lTime = OrvTime::FromFrame(f, kFramesPerSecond);
-            const bvhtest::PositionMap lImported = bvhtest::HostPositions(lImport.mRoot, lTime);
-            for (const auto& [lName, lPosition] : bvhtest::HostPositions(mHips, lTime))
-            {
-                const std::string lBone = lName == "Hips" ? "root" : ExportedBoneName(lName);
-                const bvhtest::Vec3* lFound = bvhtest::Find(lImported, lBone);
-                if (!lFound)
-                {
-                    ADD_FAILURE() << "no imported node " << lBone;
-                    return HUGE_VAL;
-                }
-                lLargest = std::max(lLargest, bvhtest::Distance(*lFound, lPosition));
-            }
-        }
+            lLargest = std::max(lLargest, LargestDistance(mHips, lImport.mRoot, OrvTime::FromFrame(f, kFramesPerSecond),
+                                                          [](const std::string& pName) {
+                                                              return pName == "Hips" ? "root" : ExportedBoneName(pName);
+                                                          }));
         return lLargest;
     }
 

@@ -3,6 +3,7 @@
 #include "AsfTestSupport.h"
 
 #include "orvsdk/host/core/OrvMemory.h"
+#include "support/HostSceneSupport.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -24,12 +25,6 @@ const std::string kRoot =
     "  position 1 2 3\n"
     "  orientation 10 20 30\n";
 
-// A bone block with the three required lines and pExtra after them.
-std::string BoneBlock(const std::string& pName, const std::string& pExtra = "")
-{
-    return "  begin\n    name " + pName + "\n    direction 0 0 2\n    length 2.0\n" + pExtra + "  end\n";
-}
-
 std::string Hierarchy(const std::string& pLines = "")
 {
     return ":hierarchy\n  begin\n" + pLines + "  end\n";
@@ -43,13 +38,6 @@ const std::string kLegTree = "root(lhip(lfemur(ltibia)))";
 const OrvAsfNode& Bone(const OrvAsfScene& pScene, const char* pName)
 {
     return *pScene.mRoot->Find(pName);
-}
-
-OrvAMatrix Frame(const OrvVector4& pAngles, int pOrder)
-{
-    OrvAMatrix lFrame;
-    lFrame.SetR(pAngles, pOrder);
-    return lFrame;
 }
 
 std::string Tree(const OrvAsfScene& pScene)
@@ -124,7 +112,7 @@ const ReadCase kReadCases[] = {
          EXPECT_STREQ(s.mRoot->mName, "root");
          EXPECT_EQ(Dofs(*s.mRoot), (std::vector<int>{0, 1, 2, 5, 4, 3}));
          EXPECT_EQ(s.mRoot->mRotationOffset, OrvVector4(1, 2, 3));
-         EXPECT_EQ(s.mRoot->mAxisMatrix, Frame(OrvVector4(10, 20, 30), 0));
+         EXPECT_EQ(s.mRoot->mAxisMatrix, hosttest::RotationMatrix(OrvVector4(10, 20, 30), 0));
      }},
     {"unknown axis word", ":root\n  axis abc\n" + Hierarchy(), false, {"E: Unknown rotation order"}, "no root"},
     {"bad root lines warn and keep defaults",
@@ -157,7 +145,7 @@ const ReadCase kReadCases[] = {
          EXPECT_LT((lBone.mDirection - OrvVector4(0, 0.6, 0.8)).Length(), 1e-15);
          EXPECT_EQ(lBone.mLength, 5.0);
          EXPECT_EQ(lBone.mAxisOrder, 5);
-         EXPECT_EQ(lBone.mAxisMatrix, Frame(OrvVector4(0, 0, 20), 5));
+         EXPECT_EQ(lBone.mAxisMatrix, hosttest::RotationMatrix(OrvVector4(0, 0, 20), 5));
          EXPECT_EQ(Dofs(lBone), (std::vector<int>{5, 4, 3}));
          EXPECT_TRUE(lBone.mLimitMin[3] == -60.0 && lBone.mLimitMinActive[3] && lBone.mLimitMaxActive[3]);
          EXPECT_FALSE(lBone.mLimitMinActive[0]);

@@ -26,14 +26,6 @@ std::string WriteToText(OrvAsfScene& pScene, const std::string& pName)
     return lText;
 }
 
-void SetLimits(OrvAsfNode* pBone, int pCode, double pMin, double pMax)
-{
-    pBone->mLimitMin[pCode] = pMin;
-    pBone->mLimitMax[pCode] = pMax;
-    pBone->mLimitMinActive[pCode] = true;
-    pBone->mLimitMaxActive[pCode] = true;
-}
-
 // The header as written for a scene named pName with the length unit pLength.
 std::string Header(const std::string& pName, const std::string& pLength)
 {
@@ -63,9 +55,8 @@ TEST(AsfWriter, WritesTheExactLayout)
     lLhip->mLength = 7.40817;
     lLhip->mAxis = OrvVector4(0, 0, 20);
     lLhip->mAxisOrder = 5;
-    SetLimits(lLhip, 5, -160.0, 20.0);
-    lLhip->mLimitMax[3] = 70.0;
-    lLhip->mLimitMaxActive[3] = true;
+    SetLimit(lLhip, 5, true, -160.0, true, 20.0);
+    SetLimit(lLhip, 3, false, 0.0, true, 70.0);
 
     OrvAsfNode* lLfemur = MakeBone("lfemur", {}, lLhip);
     lLfemur->mDirection = OrvVector4(1, 0, 0);
@@ -74,7 +65,7 @@ TEST(AsfWriter, WritesTheExactLayout)
     OrvAsfNode* lRhip = MakeBone("rhip", {5}, lScene.mRoot);
     lRhip->mDirection = OrvVector4(1e-7, 0, 1);
     lRhip->mLength = 0.5;
-    SetLimits(lRhip, 5, -10.0, 10.0);
+    SetLimit(lRhip, 5, true, -10.0, true, 10.0);
     lRhip->mIgnoreLimits = true;
 
     EXPECT_EQ(WriteToText(lScene, "layout.asf"),

@@ -16,7 +16,7 @@
 
 using namespace orvsdk;
 using bvhtest::kSmallBvh;
-using bvhtest::Replace;
+using testfiles::Replace;
 
 namespace {
 

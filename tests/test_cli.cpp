@@ -221,7 +221,7 @@ TEST_F(CliTest, ConvertWritesTheMotionWhereMotionOutSays)
 
 TEST_F(CliTest, ConvertRefusedBvhInputExitsWithOneAndNamesTheLine)
 {
-    WriteFile(WorkPath("bad.bvh"), bvhtest::Replace(bvhtest::kSmallBvh, "5 -2 7.5 30", "5 -2 7.5"));
+    WriteFile(WorkPath("bad.bvh"), Replace(bvhtest::kSmallBvh, "5 -2 7.5 30", "5 -2 7.5"));
     const ToolRun lRun = Run("convert " + Work("bad.bvh") + " -o " + Work("out.asf"));
     EXPECT_EQ(lRun.mStatus, 1);
     EXPECT_EQ(lRun.mErr,

@@ -17,11 +17,6 @@ std::string ToUtf16(const std::string& pText, bool pBigEndian)
     return lWide;
 }
 
-std::string Replace(std::string pText, const std::string& pFrom, const std::string& pTo)
-{
-    return pText.replace(pText.find(pFrom), pFrom.size(), pTo);
-}
-
 using HostileInputTest = ToolTest;
 
 TEST_F(HostileInputTest, BrokenInputFilesAreRefusedWithFileAndLineAndLeaveTheOutputAlone)

@@ -112,18 +112,6 @@ TEST_F(HostAnimation, DestroyingACurveOrTheAnimatedNodeDisconnectsIt)
     EXPECT_EQ(nullptr, lTranslation->GetAnimatedProperty());
 }
 
-TEST_F(HostAnimation, IsAnimatedOnlyWhenAConnectedCurveHoldsAKey)
-{
-    OrvAnimCurveNode* lCurveNode = mNode->LclRotation.GetCurveNode(nullptr, true);
-    EXPECT_FALSE(lCurveNode->IsAnimated(true));
-    OrvAnimCurve* lCurve = MakeCurve("rz");
-    lCurveNode->ConnectToChannel(lCurve, 2);
-    EXPECT_FALSE(lCurveNode->IsAnimated(true));
-
-    AddKey(lCurve, 0, 1.0f);
-    EXPECT_TRUE(lCurveNode->IsAnimated(true));
-}
-
 // --- Keys and evaluation -------------------------------------------------------------------------------
 
 TEST_F(HostAnimation, KeysStaySortedAndAKeyAtAnExistingTimeReplacesItsValue)

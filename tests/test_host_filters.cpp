@@ -16,6 +16,8 @@
 #include <vector>
 
 using namespace orvsdk;
+using orvsdk::hosttest::MatricesNear;
+using orvsdk::hosttest::RotationMatrix;
 
 namespace {
 
@@ -65,19 +67,6 @@ OrvVector4 ToSequence(const OrvVector4& pAngles, int pOrder)
     return OrvVector4(pAngles[lAxes[0]], pAngles[lAxes[1]], pAngles[lAxes[2]]);
 }
 
-OrvAMatrix RotationOfSequence(const OrvVector4& pSequence, int pOrder)
-{
-    OrvAMatrix lRotation;
-    lRotation.SetR(pSequence, pOrder);
-    return lRotation;
-}
-
-void ExpectSameRotation(const OrvAMatrix& pExpected, const OrvAMatrix& pActual)
-{
-    for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 3; ++c) EXPECT_NEAR(pExpected(r, c), pActual(r, c), 1e-5) << "element " << r << "," << c;
-}
-
 // The angles of key pKey.
 void ExpectAnglesNear(const OrvVector4& pExpected, const OrvVector4& pActual, int pKey)
 {
@@ -105,7 +94,7 @@ TEST_F(HostFilters, UnrollRestoresTheContinuousPathAndKeepsTheRotationsForEveryO
         for (OrvAnimCurve* lCurve : mCurves) lCurve->KeyClear();
         std::vector<OrvVector4> lPrincipal;
         for (int lFrame = 0; lFrame < kPathFrames; ++lFrame)
-            lPrincipal.push_back(ToXyz(RotationOfSequence(SmoothSequence(lFrame), lOrder).GetR(lOrder), lOrder));
+            lPrincipal.push_back(ToXyz(RotationMatrix(SmoothSequence(lFrame), lOrder).GetR(lOrder), lOrder));
         KeyRotations(lPrincipal);
 
         OrvAnimCurveFilterUnroll lUnroll;
@@ -147,7 +136,7 @@ TEST_F(HostFilters, GimbalKillerRemovesFlipsAndKeepsTheRotations)
     const auto lPath = [](int pFrame) { return OrvVector4(10.0 * pFrame - 50.0, 71.0 + 4.0 * pFrame, 160.0 + 5.0 * pFrame); };
     std::vector<OrvVector4> lPrincipal;
     for (int lFrame = 0; lFrame < kPathFrames; ++lFrame)
-        lPrincipal.push_back(RotationOfSequence(lPath(lFrame), 0).GetR(0));
+        lPrincipal.push_back(RotationMatrix(lPath(lFrame), 0).GetR(0));
     KeyRotations(lPrincipal);
     ASSERT_GT(std::fabs(KeyAngles(5)[0] - KeyAngles(4)[0]), 90.0);  // Y passed 90: the decomposition flipped
 
@@ -161,17 +150,17 @@ TEST_F(HostFilters, GimbalKillerSplitsALockedKeyClosestToThePreviousOne)
 {
     // At Y = 90, (35, 90, 45) is the same rotation as (30, 90, 40): only X - Z counts.
     KeyRotations({OrvVector4(30.0, 80.0, 40.0), OrvVector4(35.0, 90.0, 45.0), OrvVector4(30.0, -90.0, 10.0)});
-    const OrvAMatrix lLockedUp = RotationOfSequence(KeyAngles(1), 0);
-    const OrvAMatrix lLockedDown = RotationOfSequence(KeyAngles(2), 0);
+    const OrvAMatrix lLockedUp = RotationMatrix(KeyAngles(1), 0);
+    const OrvAMatrix lLockedDown = RotationMatrix(KeyAngles(2), 0);
 
     OrvAnimCurveFilterGimbleKiller lKiller;
     ASSERT_TRUE(lKiller.Apply(mCurves, 3));
 
     ExpectAnglesNear(OrvVector4(30.0, 90.0, 40.0), KeyAngles(1), 1);
-    ExpectSameRotation(lLockedUp, RotationOfSequence(KeyAngles(1), 0));
+    EXPECT_TRUE(MatricesNear(lLockedUp, RotationMatrix(KeyAngles(1), 0), 1e-5));
     // At Y = -90 only X + Z counts (40 here); the split nearest to (30, 40) is (15, 25).
     ExpectAnglesNear(OrvVector4(15.0, -90.0, 25.0), KeyAngles(2), 2);
-    ExpectSameRotation(lLockedDown, RotationOfSequence(KeyAngles(2), 0));
+    EXPECT_TRUE(MatricesNear(lLockedDown, RotationMatrix(KeyAngles(2), 0), 1e-5));
 }
 
 // --- Constant-key reducer ---------------------------------------------------------------------------------

@@ -2,6 +2,7 @@
 #include "orvsdk/host/math/OrvEuler.h"
 #include "orvsdk/host/core/OrvTime.h"
 #include "orvsdk/host/math/OrvVector4.h"
+#include "support/HostSceneSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -10,6 +11,8 @@
 #include <string>
 
 using namespace orvsdk;
+using orvsdk::hosttest::MatricesNear;
+using orvsdk::hosttest::RotationMatrix;
 
 namespace {
 
@@ -25,34 +28,12 @@ OrvAMatrix Matrix3x3(const double (&pRows)[3][3])
     return lMatrix;
 }
 
-// Every element within pTolerance of the expected one, or NaN in both.
-::testing::AssertionResult MatricesNear(const OrvAMatrix& pExpected, const OrvAMatrix& pActual, double pTolerance = 0.0)
-{
-    for (int r = 0; r < 4; ++r)
-        for (int c = 0; c < 4; ++c)
-        {
-            const bool lBothNaN = std::isnan(pExpected(r, c)) && std::isnan(pActual(r, c));
-            const bool lNear = pExpected(r, c) == pActual(r, c) || std::fabs(pExpected(r, c) - pActual(r, c)) <= pTolerance;
-            if (!lBothNaN && !lNear)
-                return ::testing::AssertionFailure() << "element (" << r << "," << c << ") expected " << pExpected(r, c)
-                                                     << " got " << pActual(r, c);
-        }
-    return ::testing::AssertionSuccess();
-}
-
-OrvAMatrix Rotation(const OrvVector4& pAngles, int pOrder)
-{
-    OrvAMatrix lMatrix;
-    lMatrix.SetR(pAngles, pOrder);
-    return lMatrix;
-}
-
 // Rotation by pDegrees about one axis (0 X, 1 Y, 2 Z).
 OrvAMatrix AxisRotation(int pAxis, double pDegrees)
 {
     OrvVector4 lAngles;
     lAngles[pAxis] = pDegrees;
-    return Rotation(lAngles, 0);
+    return RotationMatrix(lAngles, 0);
 }
 
 } // namespace
@@ -110,7 +91,7 @@ TEST(HostAMatrix, RightAnglesAreExactAndValuesThatAreNoPlainOrderMeanXYZ)
     const OrvAMatrix lXyz = AxisRotation(2, 130.0) * AxisRotation(1, -40.0) * AxisRotation(0, 25.0);
     OrvAMatrix lDefault;
     lDefault.SetR(lAngles);
-    for (const OrvAMatrix& lActual : {lDefault, Rotation(lAngles, 6), Rotation(lAngles, -1)})
+    for (const OrvAMatrix& lActual : {lDefault, RotationMatrix(lAngles, 6), RotationMatrix(lAngles, -1)})
         EXPECT_TRUE(MatricesNear(lXyz, lActual, kTolerance));
 }
 
@@ -123,11 +104,11 @@ TEST(HostAMatrix, GetRRebuildsTheRotationForEveryOrder)
             for (double b : lMiddle)
                 for (double g : lOuter)
                 {
-                    const OrvAMatrix lExpected = Rotation(OrvVector4(a, b, g), o);
+                    const OrvAMatrix lExpected = RotationMatrix(OrvVector4(a, b, g), o);
                     const OrvVector4 lAngles = lExpected.GetR(o);
                     const std::string lCase = "order " + std::to_string(o) + " angles " + std::to_string(a) + " " +
                                               std::to_string(b) + " " + std::to_string(g);
-                    ASSERT_TRUE(MatricesNear(lExpected, Rotation(lAngles, o), kTolerance)) << lCase;
+                    ASSERT_TRUE(MatricesNear(lExpected, RotationMatrix(lAngles, o), kTolerance)) << lCase;
                     for (int k : {0, 2}) EXPECT_TRUE(lAngles[k] > -180.0 && lAngles[k] <= 180.0) << lCase;
                     EXPECT_LE(std::fabs(lAngles[1]), 90.0) << lCase;
                 }
@@ -138,18 +119,18 @@ TEST(HostAMatrix, GetRPutsTheWholeTwistOnTheFirstAngleInGimbalLockAndIgnoresScal
     for (int o = 0; o < 6; ++o)
         for (double lMiddle : {90.0, -90.0})
         {
-            const OrvAMatrix lExpected = Rotation(OrvVector4(30.0, lMiddle, 20.0), o);
+            const OrvAMatrix lExpected = RotationMatrix(OrvVector4(30.0, lMiddle, 20.0), o);
             const OrvVector4 lAngles = lExpected.GetR(o);
             EXPECT_EQ(lAngles[1], lMiddle) << "order " << o;
             EXPECT_EQ(lAngles[2], 0.0) << "order " << o;
-            EXPECT_TRUE(MatricesNear(lExpected, Rotation(lAngles, o), kTolerance)) << "order " << o;
+            EXPECT_TRUE(MatricesNear(lExpected, RotationMatrix(lAngles, o), kTolerance)) << "order " << o;
         }
 
     // Scale does not change the angles read.
     const OrvVector4 lAngles(12.0, -34.0, 56.0);
     OrvAMatrix lScale;
     lScale.SetS(OrvVector4(2.0, 0.5, 7.0));
-    const OrvVector4 lRead = (Rotation(lAngles, 4) * lScale).GetR(4);
+    const OrvVector4 lRead = (RotationMatrix(lAngles, 4) * lScale).GetR(4);
     for (int k = 0; k < 3; ++k) EXPECT_NEAR(lRead[k], lAngles[k], 1e-9);
 }
 
@@ -164,7 +145,7 @@ TEST(HostAMatrix, InverseIsAGeneralAffineInverseAndIdentityWhereSingular)
     EXPECT_EQ(lScaled.Inverse(), lExpected);
 
     OrvAMatrix lShear = Matrix3x3({{1, 2, 0}, {0, 1, 0}, {0, 0, 1}});
-    OrvAMatrix lGeneral = Rotation(OrvVector4(10.0, 70.0, -150.0), 5) * lScaled * lShear;
+    OrvAMatrix lGeneral = RotationMatrix(OrvVector4(10.0, 70.0, -150.0), 5) * lScaled * lShear;
     EXPECT_TRUE(MatricesNear(OrvAMatrix(), lGeneral * lGeneral.Inverse(), kTolerance));
     EXPECT_TRUE(MatricesNear(OrvAMatrix(), lGeneral.Inverse() * lGeneral, kTolerance));
 
@@ -186,7 +167,7 @@ TEST(HostAMatrix, PreRotateAndMultREqualTheProductsTheyStandFor)
         lActual.PreRotate(pAxis, pAngle);
         EXPECT_TRUE(MatricesNear(AxisRotation(pAxis, pAngle) * pStart, lActual)) << "axis " << pAxis << ", angle " << pAngle;
     };
-    OrvAMatrix lRotated = Rotation(OrvVector4(33.0, -71.5, 160.25), 4);
+    OrvAMatrix lRotated = RotationMatrix(OrvVector4(33.0, -71.5, 160.25), 4);
     lRotated.SetT(OrvVector4(1.5, -2.0, 40.0));
     OrvAMatrix lGeneral = Matrix3x3({{1.5, 2.0, -0.25}, {0.0, -3.0, 1.0}, {7.0, 0.5, 0.125}});
     lGeneral.SetT(OrvVector4(-1.0, 1e3, 3.0));
@@ -195,7 +176,7 @@ TEST(HostAMatrix, PreRotateAndMultREqualTheProductsTheyStandFor)
         for (int lAxis = 0; lAxis < 3; ++lAxis)
             for (double lAngle : lAngles) lExpectLikeProduct(lStart, lAxis, lAngle);
     // A NaN in the start spreads like it does in the product.
-    OrvAMatrix lNaNStart = Rotation(OrvVector4(10.0, 20.0, 30.0), 0);
+    OrvAMatrix lNaNStart = RotationMatrix(OrvVector4(10.0, 20.0, 30.0), 0);
     lNaNStart(1, 2) = std::nan("");
     for (int lAxis = 0; lAxis < 3; ++lAxis) lExpectLikeProduct(lNaNStart, lAxis, 25.0);
 

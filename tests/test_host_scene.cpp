@@ -43,12 +43,6 @@ OrvAMatrix TranslationScaling(const OrvVector4& pTranslation, const OrvVector4& 
     return lMatrix;
 }
 
-void ExpectMatrixNear(const OrvAMatrix& pExpected, const OrvAMatrix& pActual, double pTolerance = 1e-9)
-{
-    for (int r = 0; r < 4; ++r)
-        for (int c = 0; c < 4; ++c) EXPECT_NEAR(pExpected(r, c), pActual(r, c), pTolerance) << "element " << r << "," << c;
-}
-
 const OrvVector4 kRotation(10.0, 20.0, 30.0);
 const OrvVector4 kPre(5.0, -15.0, 25.0);
 const OrvVector4 kPost(-7.0, 12.0, 3.0);
@@ -86,7 +80,7 @@ TEST(HostNodeTransform, LocalTransformComposesOffsetPreRotationOrderPostRotation
         SCOPED_TRACE(lOrder);
         OrvScenePtr lScene = MakeScene();
         OrvNode* lNode = MakeTransformedNode(*lScene, static_cast<OrvEuler::EOrder>(lOrder));
-        ExpectMatrixNear(ExpectedLocal(kOffsetTranslation, kRotation, lOrder), lNode->EvaluateLocalTransform());
+        EXPECT_TRUE(MatricesNear(ExpectedLocal(kOffsetTranslation, kRotation, lOrder), lNode->EvaluateLocalTransform(), 1e-9));
     }
 }
 
@@ -95,9 +89,9 @@ TEST(HostNodeTransform, InactiveRotationIgnoresOrderPreAndPostRotationButKeepsOf
     OrvScenePtr lScene = MakeScene();
     OrvNode* lNode = MakeTransformedNode(*lScene, OrvEuler::eOrderZYX);
     lNode->SetRotationActive(false);
-    ExpectMatrixNear(TranslationScaling(kOffsetTranslation) * RotationInSequence(kRotation, 0) *
-                         TranslationScaling(OrvVector4(), kScale),
-                     lNode->EvaluateLocalTransform());
+    EXPECT_TRUE(MatricesNear(TranslationScaling(kOffsetTranslation) * RotationInSequence(kRotation, 0) *
+                                 TranslationScaling(OrvVector4(), kScale),
+                             lNode->EvaluateLocalTransform(), 1e-9));
 }
 
 TEST(HostNodeTransform, DestinationPivotSettingsDoNotTakePartInEvaluation)
@@ -108,7 +102,7 @@ TEST(HostNodeTransform, DestinationPivotSettingsDoNotTakePartInEvaluation)
     lNode->SetRotationOrder(OrvNode::eDestinationPivot, OrvEuler::eOrderXYZ);
     lNode->SetPreRotation(OrvNode::eDestinationPivot, OrvVector4(90.0, 0.0, 0.0));
     lNode->SetRotationOffset(OrvNode::eDestinationPivot, OrvVector4(9.0, 9.0, 9.0));
-    ExpectMatrixNear(lBefore, lNode->EvaluateLocalTransform(), 0.0);
+    EXPECT_TRUE(MatricesNear(lBefore, lNode->EvaluateLocalTransform()));
 }
 
 // --- Properties -----------------------------------------------------------------------------------

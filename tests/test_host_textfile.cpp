@@ -286,17 +286,3 @@ TEST_F(HostTextFileWrite, NumbersUseADecimalPointUnderACommaLocale)
     ASSERT_TRUE(lFile.Close());
     EXPECT_EQ(testfiles::ReadFile(lTarget), "  length 0.45 -1.500000\n");
 }
-
-TEST_F(HostTextFileWrite, FailedRenameKeepsTheTarget)
-{
-    const std::filesystem::path lTarget = mFolder / "out.asf";
-    std::filesystem::create_directory(lTarget);  // a directory cannot be replaced by a file
-    std::ofstream(lTarget / "inside") << "kept\n";
-    OrvTextFile lFile("ASF", kDelimiters, "#", true, false);
-    ASSERT_TRUE(lFile.Create(lTarget.c_str()));
-    lFile.Print(0, "text\n");
-    EXPECT_FALSE(lFile.Close());
-    EXPECT_EQ(lFile.GetErrorCount(), 1);
-    EXPECT_EQ(testfiles::ReadFile(lTarget / "inside"), "kept\n");
-    EXPECT_EQ(CountOtherFiles("out.asf"), 0);
-}

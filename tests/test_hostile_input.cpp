@@ -31,17 +31,12 @@ std::string BoneName(int pIndex)
     return "b" + std::to_string(pIndex);
 }
 
-std::string BoneBlock(const std::string& pName, const std::string& pExtra = "    dof rx\n")
-{
-    return "  begin\n    name " + pName + "\n    direction 0 1 0\n    length 1\n" + pExtra + "  end\n";
-}
-
 // Bones b1 .. bN, then one hierarchy line per link of the chain b1 - b2 - ... - bN, from the top
 // down or from the bottom up.
 std::string ChainSkeleton(int pBones, bool pBottomUp = false)
 {
     std::string lText = kRoot + ":bonedata\n";
-    for (int i = 1; i <= pBones; ++i) lText += BoneBlock(BoneName(i));
+    for (int i = 1; i <= pBones; ++i) lText += BoneBlock(BoneName(i), "    dof rx\n");
     lText += ":hierarchy\n  begin\n";
     for (int k = 1; k < pBones; ++k)
     {
@@ -133,7 +128,7 @@ TEST(HostileSkeleton, SharedNamesStillMeanTheFirstBoneInPreOrderWhenTheLineIsRea
     //   root
     //   +-- a (ry) -- z
     //   +-- c -- a (rx) -- y
-    const auto lRead = ReadAsfText(kRoot + ":bonedata\n" + BoneBlock("a") + BoneBlock("a", "    dof ry\n") +
+    const auto lRead = ReadAsfText(kRoot + ":bonedata\n" + BoneBlock("a", "    dof rx\n") + BoneBlock("a", "    dof ry\n") +
                                    BoneBlock("c") + BoneBlock("y") + BoneBlock("z") +
                                    ":hierarchy\n  begin\n    a y\n    c a\n    a z\n  end\n");
     ASSERT_TRUE(lRead->mRead);

@@ -278,14 +278,6 @@ TEST_F(ImportPath, RotationOrderFollowsTheDofListAndRotationIsAlwaysActive)
 
 namespace {
 
-void SetLimit(OrvAsfNode* pBone, int pCode, bool pMinActive, double pMin, bool pMaxActive, double pMax)
-{
-    pBone->mLimitMinActive[pCode] = pMinActive;
-    pBone->mLimitMin[pCode] = pMin;
-    pBone->mLimitMaxActive[pCode] = pMaxActive;
-    pBone->mLimitMax[pCode] = pMax;
-}
-
 // spine: rx within (-10, 10), ry above -20, rz below 30; slide: tx above -1, tz below 3. The
 // stale values behind clear flags must not reach the host.
 void SetFixtureLimits(OrvAsfNode* pRoot)

@@ -9,11 +9,11 @@
 //     leftmost factor; column vectors);
 //   - a joint's world transform is its parent's times its local one; an End Site sits at its
 //     OFFSET in its joint's frame.
-// A helper reads world positions out of a host hierarchy for the comparison.
 
 #include "orvsdk/host/math/OrvAMatrix.h"
 #include "orvsdk/host/scene/OrvNode.h"
 #include "orvsdk/host/core/OrvTime.h"
+#include "HostSceneSupport.h"
 #include "Math3.h"
 #include "ScratchFiles.h"
 
@@ -21,7 +21,6 @@
 
 #include <array>
 #include <cmath>
-#include <functional>
 #include <sstream>
 #include <string>
 #include <unordered_map>
@@ -155,22 +154,7 @@ inline std::vector<Vec3> WorldPositions(const Motion& pMotion, size_t pFrame)
     return lPositions;
 }
 
-using PositionMap = std::unordered_map<std::string, Vec3>;
-
-// World position at pTime of pTop and of every node below it, by node name.
-inline PositionMap HostPositions(orvsdk::OrvNode* pTop, orvsdk::OrvTime pTime)
-{
-    PositionMap lPositions;
-    const std::function<void(orvsdk::OrvNode*, const orvsdk::OrvAMatrix&)> lVisit =
-        [&](orvsdk::OrvNode* pNode, const orvsdk::OrvAMatrix& pGlobal) {
-            const orvsdk::OrvVector4 lPosition = pGlobal.GetT();
-            lPositions[pNode->GetName()] = Vec3{lPosition[0], lPosition[1], lPosition[2]};
-            for (int i = 0; i < pNode->GetChildCount(false); ++i)
-                lVisit(pNode->GetChild(i), pGlobal * pNode->GetChild(i)->EvaluateLocalTransform(pTime));
-        };
-    lVisit(pTop, pTop->EvaluateGlobalTransform(pTime));
-    return lPositions;
-}
+using orvsdk::hosttest::PositionMap;
 
 // The position named pName; null when there is none.
 inline const Vec3* Find(const PositionMap& pPositions, const std::string& pName)
@@ -222,7 +206,7 @@ double LargestDifference(const Motion& pMotion, orvsdk::OrvNode* pTop, double pF
     for (size_t f = 0; f < pMotion.mFrames.size() && !::testing::Test::HasFatalFailure(); ++f)
     {
         const orvsdk::OrvTime lTime = orvsdk::OrvTime::FromFrame(static_cast<double>(f), pFramesPerSecond);
-        CompareFrame(pMotion, f, HostPositions(pTop, lTime), pFind, lLargest);
+        CompareFrame(pMotion, f, orvsdk::hosttest::WorldPositions(pTop, lTime), pFind, lLargest);
     }
     return lLargest;
 }
@@ -245,14 +229,6 @@ inline const char* const kSmallBvh =
     "MOTION\nFrames: 3\nFrame Time: 0.04\n"                                                      // 25-27
     "0 0 0 0 0 0 0 0 0 0 0 0 0 0\n5 -2 7.5 30 -45 60 10 20 -30 15 1 -25 2 3\n"                    // 28-29
     "-3 1 2 170 80 -120 -90 45 135 -60 -1 88 0.5 -4\n";                                          // 30
-
-// pText with its first pFrom replaced by pTo.
-inline std::string Replace(std::string pText, const std::string& pFrom, const std::string& pTo)
-{
-    const size_t lAt = pText.find(pFrom);
-    EXPECT_NE(lAt, std::string::npos) << pFrom;
-    return lAt == std::string::npos ? pText : pText.replace(lAt, pFrom.size(), pTo);
-}
 
 } // namespace bvhtest
 

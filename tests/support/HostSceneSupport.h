@@ -9,14 +9,20 @@
 #include "orvsdk/host/anim/OrvAnimCurveNode.h"
 #include "orvsdk/host/anim/OrvAnimLayer.h"
 #include "orvsdk/host/anim/OrvAnimStack.h"
+#include "orvsdk/host/math/OrvAMatrix.h"
 #include "orvsdk/host/scene/OrvNode.h"
 #include "orvsdk/host/scene/OrvScene.h"
 #include "orvsdk/host/scene/OrvSkeleton.h"
 
+#include "Math3.h"
+
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <filesystem>
+#include <functional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace orvsdk {
@@ -115,6 +121,70 @@ inline OrvVector4 PropertyValue(const OrvProperty& pProperty)
     double lValue[3] = {0.0, 0.0, 0.0};
     pProperty.Get(lValue, eOrvDouble3);
     return OrvVector4(lValue[0], lValue[1], lValue[2]);
+}
+
+// The rotation of the X, Y, Z angles pAngles in the host's order pOrder.
+inline OrvAMatrix RotationMatrix(const OrvVector4& pAngles, int pOrder)
+{
+    OrvAMatrix lMatrix;
+    lMatrix.SetR(pAngles, pOrder);
+    return lMatrix;
+}
+
+// Every element within pTolerance of the expected one, or NaN in both.
+inline ::testing::AssertionResult MatricesNear(const OrvAMatrix& pExpected, const OrvAMatrix& pActual,
+                                               double pTolerance = 0.0)
+{
+    for (int r = 0; r < 4; ++r)
+        for (int c = 0; c < 4; ++c)
+        {
+            const bool lBothNaN = std::isnan(pExpected(r, c)) && std::isnan(pActual(r, c));
+            const bool lNear = pExpected(r, c) == pActual(r, c) || std::fabs(pExpected(r, c) - pActual(r, c)) <= pTolerance;
+            if (!lBothNaN && !lNear)
+                return ::testing::AssertionFailure() << "element (" << r << "," << c << ") expected " << pExpected(r, c)
+                                                     << " got " << pActual(r, c);
+        }
+    return ::testing::AssertionSuccess();
+}
+
+using PositionMap = std::unordered_map<std::string, math3::Vec3>;
+
+// Adds the world position at pTime of pNode and of every node below it, by node name (a later
+// node of the same name replaces an earlier one).
+inline void AddWorldPositions(OrvNode* pNode, OrvTime pTime, PositionMap& pPositions)
+{
+    const OrvVector4 lPosition = pNode->EvaluateGlobalTransform(pTime).GetT();
+    pPositions[pNode->GetName()] = math3::Vec3{lPosition[0], lPosition[1], lPosition[2]};
+    for (int i = 0; i < pNode->GetChildCount(false); ++i) AddWorldPositions(pNode->GetChild(i), pTime, pPositions);
+}
+
+inline PositionMap WorldPositions(OrvNode* pNode, OrvTime pTime)
+{
+    PositionMap lPositions;
+    AddWorldPositions(pNode, pTime, lPositions);
+    return lPositions;
+}
+
+// The largest distance at pTime between each node below pExpected and the node below pActual
+// named pRename(its name), or its own name without pRename; NaN when a distance is NaN; a
+// failure and infinity when pActual has no such node.
+inline double LargestDistance(OrvNode* pExpected, OrvNode* pActual, OrvTime pTime,
+                              const std::function<std::string(const std::string&)>& pRename = nullptr)
+{
+    const PositionMap lActual = WorldPositions(pActual, pTime);
+    double lLargest = 0.0;
+    for (const auto& [lName, lPosition] : WorldPositions(pExpected, pTime))
+    {
+        const auto lFound = lActual.find(pRename ? pRename(lName) : lName);
+        if (lFound == lActual.end())
+        {
+            ADD_FAILURE() << "no node for " << lName;
+            return HUGE_VAL;
+        }
+        const double lDistance = math3::Distance(lFound->second, lPosition);
+        if (!(lDistance <= lLargest)) lLargest = lDistance;
+    }
+    return lLargest;
 }
 
 // The file pName + pExtension in the folder pFolder of the shared data folder.

@@ -15,7 +15,7 @@
 //     parent's motion; the root starts at its position plus its translation DOFs, in world axes;
 //   - translations and the root position are in the file's length unit and become centimetres,
 //     like bone lengths, through 2.54 / length unit.
-// A small AMC reader and a helper that evaluates host node world positions complete the check.
+// A small AMC reader and a comparison with host node world positions complete the check.
 
 #include "orvsdk/host/math/OrvAMatrix.h"
 #include "orvsdk/host/scene/OrvNode.h"
@@ -23,6 +23,7 @@
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 
+#include "HostSceneSupport.h"
 #include "Math3.h"
 
 #include <algorithm>
@@ -232,28 +233,13 @@ inline Motion ReadMotion(const std::string& pPath, const Skeleton& pSkeleton)
 
 // --- Host side -----------------------------------------------------------------------------------
 
-// World position at pTime of pNode and of every node below it, keyed by node name (a later node
-// of the same name replaces an earlier one).
-inline void HostWorldPositions(OrvNode* pNode, OrvTime pTime, std::unordered_map<std::string, Vec3>& pPositions)
-{
-    pPositions[pNode->GetName()] = ToVec3(pNode->EvaluateGlobalTransform(pTime).GetT());
-    for (int i = 0; i < pNode->GetChildCount(false); ++i) HostWorldPositions(pNode->GetChild(i), pTime, pPositions);
-}
-
-inline std::unordered_map<std::string, Vec3> HostWorldPositions(OrvNode* pNode, OrvTime pTime)
-{
-    std::unordered_map<std::string, Vec3> lPositions;
-    HostWorldPositions(pNode, pTime, lPositions);
-    return lPositions;
-}
-
 // The largest distance at pTime between the world positions of the host nodes below pRoot and
 // pSkeleton's pose of pValues (null: the rest pose): each bone's node against the bone's joint,
 // each "_End" node against the end of its leaf bone of positive length. Infinity when the nodes
 // are not exactly those.
 inline double LargestDistanceToPose(OrvNode* pRoot, OrvTime pTime, const Skeleton& pSkeleton, const double* pValues)
 {
-    const auto lHost = HostWorldPositions(pRoot, pTime);
+    const auto lHost = hosttest::WorldPositions(pRoot, pTime);
     const std::vector<BonePose> lPoses = Pose(pSkeleton, pValues);
     std::vector<bool> lHasChildren(pSkeleton.mBones.size(), false);
     for (const Bone& lBone : pSkeleton.mBones)

@@ -1,5 +1,5 @@
-// Files the tests write and read back: scratch paths that concurrent test processes do not share,
-// and whole-file reading.
+// Files and texts the tests write and read back: scratch paths that concurrent test processes do
+// not share, whole-file reading, and small text edits.
 #ifndef ORVASF_TESTS_SUPPORT_SCRATCHFILES_H
 #define ORVASF_TESTS_SUPPORT_SCRATCHFILES_H
 
@@ -13,6 +13,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace testfiles {
 
@@ -29,6 +30,23 @@ inline std::string ReadFile(const std::filesystem::path& pPath)
     std::ostringstream lText;
     lText << lStream.rdbuf();
     return lText.str();
+}
+
+// The lines of pText, without their line ends.
+inline std::vector<std::string> Lines(const std::string& pText)
+{
+    std::vector<std::string> lLines;
+    std::istringstream lStream(pText);
+    for (std::string lLine; std::getline(lStream, lLine);) lLines.push_back(lLine);
+    return lLines;
+}
+
+// pText with its first pFrom replaced by pTo.
+inline std::string Replace(std::string pText, const std::string& pFrom, const std::string& pTo)
+{
+    const size_t lAt = pText.find(pFrom);
+    EXPECT_NE(lAt, std::string::npos) << pFrom;
+    return lAt == std::string::npos ? pText : pText.replace(lAt, pFrom.size(), pTo);
 }
 
 // Runs pWrite while no file may grow beyond pBytes, the signal that would end the process being

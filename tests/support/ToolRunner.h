@@ -34,19 +34,13 @@ struct ToolRun
     std::string mErr;
 };
 
+using testfiles::Lines;
 using testfiles::ReadFile;
+using testfiles::Replace;
 
 inline void WriteFile(const fs::path& pPath, const std::string& pText)
 {
     std::ofstream(pPath, std::ios::binary) << pText;
-}
-
-inline std::vector<std::string> Lines(const std::string& pText)
-{
-    std::vector<std::string> lLines;
-    std::istringstream lStream(pText);
-    for (std::string lLine; std::getline(lStream, lLine);) lLines.push_back(lLine);
-    return lLines;
 }
 
 inline std::string Quoted(const std::string& pText)
