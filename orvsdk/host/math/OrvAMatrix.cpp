@@ -53,6 +53,25 @@ void AxisRotation(int pAxis, double pDegrees, Matrix3& pResult)
     pResult[k][k] = lCos;
 }
 
+// Makes pMatrix R * pMatrix, R the rotation by pDegrees about axis pAxis: R leaves row pAxis
+// alone and mixes the other two, so only their six entries are computed. For finite entries each
+// is the value the full product gives (its other terms are exact zeros), but for the sign of a zero.
+void PreRotateRows(int pAxis, double pDegrees, Matrix3& pMatrix)
+{
+    double lSin = 0.0;
+    double lCos = 1.0;
+    SinCosDegrees(pDegrees, lSin, lCos);
+    const int j = (pAxis + 1) % 3;
+    const int k = (pAxis + 2) % 3;
+    for (int lColumn = 0; lColumn < 3; ++lColumn)
+    {
+        const double lJ = pMatrix[j][lColumn];
+        const double lK = pMatrix[k][lColumn];
+        pMatrix[j][lColumn] = lCos * lJ - lSin * lK;
+        pMatrix[k][lColumn] = lSin * lJ + lCos * lK;
+    }
+}
+
 void Multiply3(const Matrix3& pLeft, const Matrix3& pRight, Matrix3& pResult)
 {
     for (int lRow = 0; lRow < 3; ++lRow)
@@ -107,7 +126,11 @@ void OrvAMatrix::SetR(const OrvVector4& pAngles, int pOrder)
     const int* lAxes = OrvEuler::AxisTable[ValidOrder(pOrder)];
     Matrix3 lRotation;
     AxisRotation(lAxes[0], pAngles[0], lRotation);
-    for (int lStep = 1; lStep < 3; ++lStep)
+    // Finite angles: the rotation is built directly, one axis after the other, two rows at a
+    // time. A non-finite angle spreads through the full products' zero terms: keep those.
+    const bool lFinite = std::isfinite(pAngles[0]) && std::isfinite(pAngles[1]) && std::isfinite(pAngles[2]);
+    for (int lStep = 1; lStep < 3 && lFinite; ++lStep) PreRotateRows(lAxes[lStep], pAngles[lStep], lRotation);
+    for (int lStep = 1; lStep < 3 && !lFinite; ++lStep)
     {
         Matrix3 lAxisRotation;
         Matrix3 lProduct;
