@@ -155,6 +155,27 @@ void SampleTwoFrames(OrvAsfNode* pRoot)
 
 } // namespace
 
+TEST(HostileTree, HostNodeChainOfAHundredThousandLevelsIsSearchedAndDestroyed)
+{
+    // RootNode - b1 - b2 - ... - b100000, made from the bottom up: each new node takes the chain
+    // made so far as its child.
+    OrvScenePtr lHost = hosttest::CreateHostScene("Take");
+    const int lObjectsBefore = lHost->GetObjectCount();
+    OrvNode* lTop = OrvNode::Create(lHost.get(), BoneName(kHugeBoneCount).c_str());
+    for (int i = kHugeBoneCount - 1; i >= 1; --i)
+    {
+        OrvNode* lNode = OrvNode::Create(lHost.get(), BoneName(i).c_str());
+        lNode->AddChild(lTop);
+        lTop = lNode;
+    }
+    ASSERT_TRUE(lHost->GetRootNode()->AddChild(lTop));
+    EXPECT_EQ(lTop->GetChildCount(true), kHugeBoneCount - 1);
+    EXPECT_NE(lHost->GetRootNode()->FindChild(BoneName(kHugeBoneCount).c_str()), nullptr);
+    lTop->Destroy(true);
+    EXPECT_EQ(lHost->GetObjectCount(), lObjectsBefore);
+    EXPECT_EQ(lHost->GetRootNode()->GetChildCount(), 0);
+}
+
 TEST(HostileTree, WalksSurviveAHundredThousandBoneChain)
 {
     // root - b1 - b2 - ... - b100000, built in code, past the reader's depth limit. Odd bones
@@ -204,8 +225,6 @@ TEST(HostileTree, WalksSurviveAHundredThousandBoneChain)
         lExportedLast->mRotationCurveNode = nullptr;
         EXPECT_TRUE(lExported.MergeORVToASF(lHost->GetRootNode()));
         EXPECT_EQ(lExportedLast->mRotationCurveNode, lLastRotation);
-        lTop->Destroy(true);
-        EXPECT_EQ(lHost->GetRootNode()->GetChildCount(), 0);
     }
 
     // The writer walks the whole chain; reading it back stops at the depth limit.
