@@ -53,22 +53,24 @@ void AxisRotation(int pAxis, double pDegrees, Matrix3& pResult)
     pResult[k][k] = lCos;
 }
 
-// Makes pMatrix R * pMatrix, R the rotation by pDegrees about axis pAxis: R leaves row pAxis
-// alone and mixes the other two, so only their six entries are computed. For finite entries each
-// is the value the full product gives (its other terms are exact zeros), but for the sign of a zero.
-void PreRotateRows(int pAxis, double pDegrees, Matrix3& pMatrix)
+// Makes the first pColumns columns of pRows R * pRows, R the rotation by pDegrees about axis
+// pAxis: R leaves row pAxis alone and mixes the other two, so only their entries are computed.
+// For finite entries each is the value the full product gives (its other terms are exact
+// zeros), but for the sign of a zero.
+template <typename TRows>
+void PreRotateRows(int pAxis, double pDegrees, TRows& pRows, int pColumns)
 {
     double lSin = 0.0;
     double lCos = 1.0;
     SinCosDegrees(pDegrees, lSin, lCos);
     const int j = (pAxis + 1) % 3;
     const int k = (pAxis + 2) % 3;
-    for (int lColumn = 0; lColumn < 3; ++lColumn)
+    for (int lColumn = 0; lColumn < pColumns; ++lColumn)
     {
-        const double lJ = pMatrix[j][lColumn];
-        const double lK = pMatrix[k][lColumn];
-        pMatrix[j][lColumn] = lCos * lJ - lSin * lK;
-        pMatrix[k][lColumn] = lSin * lJ + lCos * lK;
+        const double lJ = pRows[j][lColumn];
+        const double lK = pRows[k][lColumn];
+        pRows[j][lColumn] = lCos * lJ - lSin * lK;
+        pRows[k][lColumn] = lSin * lJ + lCos * lK;
     }
 }
 
@@ -129,7 +131,7 @@ void OrvAMatrix::SetR(const OrvVector4& pAngles, int pOrder)
     // Finite angles: the rotation is built directly, one axis after the other, two rows at a
     // time. A non-finite angle spreads through the full products' zero terms: keep those.
     const bool lFinite = std::isfinite(pAngles[0]) && std::isfinite(pAngles[1]) && std::isfinite(pAngles[2]);
-    for (int lStep = 1; lStep < 3 && lFinite; ++lStep) PreRotateRows(lAxes[lStep], pAngles[lStep], lRotation);
+    for (int lStep = 1; lStep < 3 && lFinite; ++lStep) PreRotateRows(lAxes[lStep], pAngles[lStep], lRotation, 3);
     for (int lStep = 1; lStep < 3 && !lFinite; ++lStep)
     {
         Matrix3 lAxisRotation;
@@ -216,19 +218,7 @@ void OrvAMatrix::PreRotate(int pAxis, double pDegrees)
         *this = lStep * *this;
         return;
     }
-    // B leaves row pAxis alone and mixes the other two rows; its zero entries only add zeros.
-    double lSin = 0.0;
-    double lCos = 1.0;
-    SinCosDegrees(pDegrees, lSin, lCos);
-    const int j = (pAxis + 1) % 3;
-    const int k = (pAxis + 2) % 3;
-    for (int lColumn = 0; lColumn < 4; ++lColumn)
-    {
-        const double lJ = mData[j][lColumn];
-        const double lK = mData[k][lColumn];
-        mData[j][lColumn] = lCos * lJ - lSin * lK;
-        mData[k][lColumn] = lSin * lJ + lCos * lK;
-    }
+    PreRotateRows(pAxis, pDegrees, mData, 4);
 }
 
 OrvAMatrix OrvAMatrix::MultR(const OrvAMatrix& pOther) const
