@@ -350,8 +350,11 @@ bool OrvAmcReader::FillBuffer(std::FILE* pFile)
     if (mBuffer.size() < mBufferEnd + kChunkSize) mBuffer.resize(mBufferEnd + kChunkSize);
     char* const lChunk = mBuffer.data() + mBufferEnd;
     const size_t lRead = std::fread(lChunk, 1, kChunkSize, pFile);
-    const size_t lNul = orvsdk::OrvFindNulByte(lChunk, lRead);
-    if (mNulAt == kNoNul && lNul < lRead) mNulAt = mBufferEnd + lNul;
+    if (mNulAt == kNoNul)
+    {
+        const size_t lNul = orvsdk::OrvFindNulByte(lChunk, lRead);
+        if (lNul < lRead) mNulAt = mBufferEnd + lNul;
+    }
     mBufferEnd += lRead;
     if (lRead < kChunkSize)
     {

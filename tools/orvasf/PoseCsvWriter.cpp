@@ -47,10 +47,11 @@ void FrameRows(const orvsdk::OrvPoseEvaluator& pEvaluator, int pFrame, double pF
 {
     pEvaluator.EvaluateGlobals(orvsdk::OrvTime::FromFrame(pFrame, pFramesPerSecond), pGlobals.data());
     pRows.clear();
+    const std::string lFrame = std::to_string(pFrame);
     const std::vector<orvsdk::OrvNode*>& lNodes = pEvaluator.GetNodes();
     for (size_t lNode = 0; lNode < lNodes.size(); ++lNode)
     {
-        pRows += std::to_string(pFrame);
+        pRows += lFrame;
         pRows += ',';
         AppendField(pRows, lNodes[lNode]->GetName());
         for (int i = 0; i < 3; ++i)

@@ -51,7 +51,6 @@ public:
     const std::vector<OrvMessage>& GetMessages() const { return mMessages; }
     int GetErrorCount() const { return mErrorCount; }
     int GetWarningCount() const { return mWarningCount; }
-    const std::string& GetFileName() const { return mFileName; }
 
 private:
     bool CountWarning(int pLine);
