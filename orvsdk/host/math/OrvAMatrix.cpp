@@ -233,6 +233,22 @@ OrvAMatrix OrvAMatrix::MultR(const OrvAMatrix& pOther) const
     return lProduct;
 }
 
+OrvAMatrix OrvAMatrix::MultAffine(const OrvAMatrix& pOther) const
+{
+    // operator*'s terms in its order, less those that multiply by the zeros of the last rows.
+    OrvAMatrix lProduct;
+    for (int lRow = 0; lRow < 3; ++lRow)
+    {
+        const double* lLeft = mData[lRow];
+        for (int lColumn = 0; lColumn < 3; ++lColumn)
+            lProduct.mData[lRow][lColumn] = lLeft[0] * pOther.mData[0][lColumn] + lLeft[1] * pOther.mData[1][lColumn] +
+                                            lLeft[2] * pOther.mData[2][lColumn];
+        lProduct.mData[lRow][3] = lLeft[0] * pOther.mData[0][3] + lLeft[1] * pOther.mData[1][3] +
+                                  lLeft[2] * pOther.mData[2][3] + lLeft[3];
+    }
+    return lProduct;
+}
+
 OrvAMatrix OrvAMatrix::Inverse() const
 {
     const auto& lM = mData;
