@@ -42,6 +42,10 @@ public:
     // Columns are normalised first, so a scaled matrix yields its rotation's angles. W is 0.
     OrvVector4 GetR(int pOrder) const;
     OrvVector4 GetR() const { return GetR(0); }
+    // GetR for a 3x3 part that is a rotation (a product of rotations, within rounding): no
+    // normalisation, and the third angle's sine and cosine taken from the entries rather than
+    // computed from the angle. Cheaper; agrees with GetR within a few units in the last place.
+    OrvVector4 GetRotationAngles(int pOrder) const;
 
     // Makes the 3x3 part a diagonal scaling by X, Y, Z of pScale; the translation is kept.
     void SetS(const OrvVector4& pScale);
