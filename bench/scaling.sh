@@ -76,11 +76,14 @@ with open(amc_path, 'w') as amc:
 EOF
 }
 
-# Best CPU time (ms) of the whole import of pSkeleton + pMotion over repeated runs.
+# Best time (ms) of the whole import of pSkeleton + pMotion over repeated runs, sampled on
+# pThreads threads (default 1): CPU time for one thread, wall time for more.
 import_ms() {
-  ORV_BENCH_SKELETON=$1 ORV_BENCH_MOTION=$2 "$bench" --benchmark_filter='^BM_WholeImport$' \
+  local threads=${3:-1} column=4
+  [ "$threads" = 1 ] || column=3
+  ORV_BENCH_SKELETON=$1 ORV_BENCH_MOTION=$2 "$bench" --benchmark_filter="^BM_WholeImport/threads:$threads/" \
     --benchmark_repetitions=5 --benchmark_format=csv 2>/dev/null |
-    awk -F, '/^"BM_WholeImport"/ { if (best == "" || $4 < best) best = $4 } END { print best }'
+    awk -F, -v c="$column" '/^"BM_WholeImport\/threads/ { if (best == "" || $c < best) best = $c } END { print best }'
 }
 
 frame_count() { grep -c -E '^[0-9]+[[:space:]]*$' "$1" || true; }
@@ -144,6 +147,14 @@ tool_ms() {
   done
   echo "$best"
 }
+
+echo
+echo "Sampling threads ($(basename "$motion"), wall time for 2, CPU time for 1):"
+for threads in 1 2; do
+  ms=$(import_ms "$skeleton" "$motion" "$threads")
+  awk -v t="$threads" -v m="$ms" -v f="$(frame_count "$motion")" \
+    'BEGIN { printf "  %d thread(s) %10.2f ms %8.3f us/frame\n", t, m, m * 1000 / f }'
+done
 
 echo
 echo "Jobs against the import ($(basename "$motion") on $(basename "$skeleton"), wall time, best of 5):"
