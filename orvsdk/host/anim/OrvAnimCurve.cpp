@@ -108,6 +108,8 @@ float OrvAnimCurve::Interpolate(OrvTime pTime, size_t pAfter) const
     if (pAfter == 0) return mValues.front();
     if (pAfter == mTimes.size()) return mValues.back();
     const size_t lBefore = pAfter - 1;
+    // At a key's own time the blend below gives that key's value: skip its division.
+    if (pTime == mTimes[lBefore]) return mValues[lBefore];
     const double lSpan = static_cast<double>(mTimes[pAfter].Get() - mTimes[lBefore].Get());
     const double lFraction = static_cast<double>(pTime.Get() - mTimes[lBefore].Get()) / lSpan;
     const double lValue = mValues[lBefore] + (static_cast<double>(mValues[pAfter]) - mValues[lBefore]) * lFraction;

@@ -22,7 +22,13 @@ bool RightAngleSinCos(double pDegrees, double& pSin, double& pCos)
 {
     // fmod returns an angle of less than a full turn unchanged, so the call is skipped for those.
     const double lReduced = std::fabs(pDegrees) < 360.0 ? pDegrees : std::fmod(pDegrees, 360.0);
-    // The quotient lies within (-4, 4) or is NaN; the cast tells a whole one without a call to floor.
+    if (!std::isfinite(lReduced)) return false;
+    // A whole number of quarters times the rounded 1/90 lies within an ulp of that number: the
+    // product tells most other angles apart without the division below.
+    const double lApproximate = lReduced * (1.0 / 90.0);
+    const double lNearest = static_cast<double>(static_cast<int>(lApproximate + (lApproximate < 0.0 ? -0.5 : 0.5)));
+    if (std::fabs(lApproximate - lNearest) > 1e-9) return false;
+    // The quotient lies within (-4, 4); the cast tells a whole one without a call to floor.
     const double lQuarters = lReduced / 90.0;
     if (!std::isfinite(lQuarters) || static_cast<double>(static_cast<int>(lQuarters)) != lQuarters) return false;
     static const double sSin[4] = {0.0, 1.0, 0.0, -1.0};
@@ -58,17 +64,17 @@ void AxisRotation(int pAxis, double pDegrees, Matrix3& pResult)
 }
 
 // Makes the first pColumns columns of pRows R * pRows, R the rotation by pDegrees about axis
-// pAxis: R leaves row pAxis alone and mixes the other two, so only their entries are computed.
+// Axis: R leaves row Axis alone and mixes the other two, so only their entries are computed.
 // For finite entries each is the value the full product gives (its other terms are exact
 // zeros), but for the sign of a zero.
-template <typename TRows>
-void PreRotateRows(int pAxis, double pDegrees, TRows& pRows, int pColumns)
+template <int Axis, typename TRows>
+void PreRotateRowsAbout(double pDegrees, TRows& pRows, int pColumns)
 {
     double lSin = 0.0;
     double lCos = 1.0;
     SinCosDegrees(pDegrees, lSin, lCos);
-    const int j = (pAxis + 1) % 3;
-    const int k = (pAxis + 2) % 3;
+    constexpr int j = (Axis + 1) % 3;
+    constexpr int k = (Axis + 2) % 3;
     for (int lColumn = 0; lColumn < pColumns; ++lColumn)
     {
         const double lJ = pRows[j][lColumn];
@@ -76,6 +82,27 @@ void PreRotateRows(int pAxis, double pDegrees, TRows& pRows, int pColumns)
         pRows[j][lColumn] = lCos * lJ - lSin * lK;
         pRows[k][lColumn] = lSin * lJ + lCos * lK;
     }
+}
+
+template <typename TRows>
+void PreRotateRows(int pAxis, double pDegrees, TRows& pRows, int pColumns)
+{
+    if (pAxis == 0)
+        PreRotateRowsAbout<0>(pDegrees, pRows, pColumns);
+    else if (pAxis == 1)
+        PreRotateRowsAbout<1>(pDegrees, pRows, pColumns);
+    else
+        PreRotateRowsAbout<2>(pDegrees, pRows, pColumns);
+}
+
+// The rotation of finite angles pAngles taken about axes I, J, K in turn, built directly: the
+// first axis's rotation, then the other two applied two rows at a time.
+template <int I, int J, int K>
+void BuildRotation(const OrvVector4& pAngles, Matrix3& pResult)
+{
+    AxisRotation(I, pAngles[0], pResult);
+    PreRotateRowsAbout<J>(pAngles[1], pResult, 3);
+    PreRotateRowsAbout<K>(pAngles[2], pResult, 3);
 }
 
 void Multiply3(const Matrix3& pLeft, const Matrix3& pRight, Matrix3& pResult)
@@ -167,13 +194,19 @@ void OrvAMatrix::SetT(const OrvVector4& pTranslation)
 
 void OrvAMatrix::SetR(const OrvVector4& pAngles, int pOrder)
 {
-    const int* lAxes = OrvEuler::AxisTable[ValidOrder(pOrder)];
+    const int lOrder = ValidOrder(pOrder);
+    const int* lAxes = OrvEuler::AxisTable[lOrder];
     Matrix3 lRotation;
-    AxisRotation(lAxes[0], pAngles[0], lRotation);
     // Finite angles: the rotation is built directly, one axis after the other, two rows at a
     // time. A non-finite angle spreads through the full products' zero terms: keep those.
     const bool lFinite = std::isfinite(pAngles[0]) && std::isfinite(pAngles[1]) && std::isfinite(pAngles[2]);
-    for (int lStep = 1; lStep < 3 && lFinite; ++lStep) PreRotateRows(lAxes[lStep], pAngles[lStep], lRotation, 3);
+    using Builder = void (*)(const OrvVector4&, Matrix3&);
+    static constexpr Builder sBuilders[6] = {BuildRotation<0, 1, 2>, BuildRotation<0, 2, 1>, BuildRotation<1, 2, 0>,
+                                             BuildRotation<1, 0, 2>, BuildRotation<2, 0, 1>, BuildRotation<2, 1, 0>};
+    if (lFinite)
+        sBuilders[lOrder](pAngles, lRotation);
+    else
+        AxisRotation(lAxes[0], pAngles[0], lRotation);
     for (int lStep = 1; lStep < 3 && !lFinite; ++lStep)
     {
         Matrix3 lAxisRotation;
