@@ -1,6 +1,7 @@
 #ifndef ORVASF_AMC_ORVAMCREADER_H
 #define ORVASF_AMC_ORVAMCREADER_H
 
+#include "amc/OrvAmcExport.h"
 #include "orvsdk/host/io/OrvDiagnostics.h"
 #include "orvsdk/host/core/OrvTime.h"
 
@@ -86,7 +87,7 @@ struct OrvAmcReadResult
 // messages stays bounded whatever the file: the first kMaxUnknownBones unknown names are
 // remembered; the lines of any further one are skipped too, each counting as a warning, and only
 // the first OrvDiagnostics::kMaxKeptWarnings warnings are kept.
-class OrvAmcReader
+class ORVAMC_API OrvAmcReader
 {
 public:
     static constexpr size_t kMaxLineLength = 1 << 20;

@@ -1,6 +1,7 @@
 #ifndef ORVASF_AMC_ORVAMCWRITER_H
 #define ORVASF_AMC_ORVAMCWRITER_H
 
+#include "amc/OrvAmcExport.h"
 #include "orvsdk/host/math/OrvAMatrix.h"
 #include "orvsdk/host/io/OrvTextFile.h"
 #include "orvsdk/host/core/OrvTime.h"
@@ -48,7 +49,7 @@ struct OrvAmcWriteSettings
 // order; translations in the skeleton's length unit (centimetres times length unit / 2.54).
 // Numbers have nine significant digits and '.' as decimal point whatever the locale. The output
 // is streamed to a temporary file that replaces the target only when all of it was written.
-class OrvAmcWriter
+class ORVAMC_API OrvAmcWriter
 {
 public:
     OrvAmcWriter();

@@ -1,6 +1,7 @@
 #ifndef ORVASF_BVH_ORVBVHREADER_H
 #define ORVASF_BVH_ORVBVHREADER_H
 
+#include "bvh/OrvBvhExport.h"
 #include "orvsdk/host/io/OrvTextFile.h"
 
 #include <cstddef>
@@ -59,7 +60,7 @@ struct OrvBvhReadResult
 // malformed "Frames:" or "Frame Time:" line, a frame line whose value count differs from the
 // channel count or holding something that is not a finite number, fewer frame lines than
 // "Frames:" announces. Text after the announced frames draws a warning and is ignored.
-class OrvBvhReader
+class ORVBVH_API OrvBvhReader
 {
 public:
     static constexpr int kMaxDepth = 256;

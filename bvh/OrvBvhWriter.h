@@ -1,6 +1,7 @@
 #ifndef ORVASF_BVH_ORVBVHWRITER_H
 #define ORVASF_BVH_ORVBVHWRITER_H
 
+#include "bvh/OrvBvhExport.h"
 #include "orvsdk/host/math/OrvEuler.h"
 #include "orvsdk/host/io/OrvTextFile.h"
 #include "orvsdk/host/scene/OrvPoseEvaluator.h"
@@ -48,7 +49,7 @@ struct OrvBvhWriteSettings
 //
 // Output is streamed frame by frame to a temporary file that replaces the target only when all
 // of it was written (see orvsdk::OrvTextFile).
-class OrvBvhWriter
+class ORVBVH_API OrvBvhWriter
 {
 public:
     OrvBvhWriter();

@@ -1,6 +1,7 @@
 #ifndef ORVASF_DRIVER_ORVIMPORTDRIVER_H
 #define ORVASF_DRIVER_ORVIMPORTDRIVER_H
 
+#include "driver/OrvDriverExport.h"
 #include "orvsdk/host/io/OrvDiagnostics.h"
 #include "orvsdk/host/scene/OrvScene.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
@@ -88,8 +89,8 @@ struct OrvImportResult
 // way) with the reader settings of pSettings, and appends the file's messages to pMessages. A
 // file the reader stops reading without a message of its own gets an error saying why. True
 // when the file was read without error. Costs the size of the file.
-bool OrvReadSkeleton(const std::string& pPath, const OrvImportSettings& pSettings, orvsdk::OrvAsfScene& pSkeleton,
-                     std::vector<orvsdk::OrvMessage>& pMessages);
+ORVDRIVER_API bool OrvReadSkeleton(const std::string& pPath, const OrvImportSettings& pSettings,
+                                   orvsdk::OrvAsfScene& pSkeleton, std::vector<orvsdk::OrvMessage>& pMessages);
 
 // Imports the ASF skeleton at pAsfPath, and the AMC motion at pAmcPath unless it is empty, into
 // a new host scene named after the skeleton: read, curves created, motion sampled, curves
@@ -97,13 +98,13 @@ bool OrvReadSkeleton(const std::string& pPath, const OrvImportSettings& pSetting
 // root node, all with pSettings. Warns when the settings give results a user would not expect
 // (see the README's notes on the gimbal filter and on root positions). Costs the size of the
 // files, with memory bounded by the keys made.
-OrvImportResult OrvImportAsf(const std::string& pAsfPath, const std::string& pAmcPath,
-                             const OrvImportSettings& pSettings);
+ORVDRIVER_API OrvImportResult OrvImportAsf(const std::string& pAsfPath, const std::string& pAmcPath,
+                                           const OrvImportSettings& pSettings);
 
 // Imports the BVH file at pPath into a new host scene named "BVH": its joints become nodes
 // under the scene's root node, its motion curves in the take pSettings names. Only the take
 // name of pSettings applies; the file states its own frame rate. A refused file leaves no node.
-OrvImportResult OrvImportBvh(const std::string& pPath, const OrvImportSettings& pSettings);
+ORVDRIVER_API OrvImportResult OrvImportBvh(const std::string& pPath, const OrvImportSettings& pSettings);
 
 } // namespace orvasf
 

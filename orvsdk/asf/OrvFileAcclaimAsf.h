@@ -1,6 +1,7 @@
 #ifndef ORVSDK_ASF_ORVFILEACCLAIMASF_H
 #define ORVSDK_ASF_ORVFILEACCLAIMASF_H
 
+#include "orvsdk/OrvSdkExport.h"
 #include "orvsdk/host/io/OrvTextFile.h"
 
 #include <string_view>
@@ -22,7 +23,7 @@ class OrvAsfScene;
 // (":version", ":name", ":units", ":documentation", ":skin") in asf/OrvFileAcclaimAsf.cpp;
 // ":root" and ":bonedata" in asf/OrvFileAcclaimAsfBones.cpp; ":hierarchy" in
 // asf/OrvFileAcclaimAsfHierarchy.cpp; Write and its sections in asf/OrvFileAcclaimAsfWriter.cpp.
-class OrvFileAcclaimAsf : public OrvTextFile
+class ORVSDK_API OrvFileAcclaimAsf : public OrvTextFile
 {
 public:
     // The deepest a bone of a read skeleton may lie, counted in bones below the root (the root's

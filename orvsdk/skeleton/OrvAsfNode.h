@@ -1,6 +1,7 @@
 #ifndef ORVSDK_SKELETON_ORVASFNODE_H
 #define ORVSDK_SKELETON_ORVASFNODE_H
 
+#include "orvsdk/OrvSdkExport.h"
 #include "orvsdk/host/math/OrvAMatrix.h"
 #include "orvsdk/host/core/OrvArray.h"
 #include "orvsdk/host/core/OrvTime.h"
@@ -34,7 +35,7 @@ class OrvScene;
 // SetLimits) in import/OrvAsfDofs.cpp; node building (ASFToORV, MergeASFToORV) in
 // import/OrvAsfNodeBuilding.cpp; sampling (StartSamplingData, AddSampleFromDOF) in
 // sampling/OrvAsfSampling.cpp and its flush (StopSamplingData) in sampling/OrvAsfCurveFlush.cpp.
-class OrvAsfNode
+class ORVSDK_API OrvAsfNode
 {
 public:
     static constexpr int kMaxDofs = 7;

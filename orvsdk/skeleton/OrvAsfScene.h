@@ -1,6 +1,7 @@
 #ifndef ORVSDK_SKELETON_ORVASFSCENE_H
 #define ORVSDK_SKELETON_ORVASFSCENE_H
 
+#include "orvsdk/OrvSdkExport.h"
 #include "orvsdk/host/math/OrvVector4.h"
 
 namespace orvsdk {
@@ -18,7 +19,7 @@ class OrvScene;
 // node building (ASFToORV, MergeASFToORV) in import/OrvAsfNodeBuilding.cpp; extraction from a
 // host hierarchy (ORVToASF and its steps) in export/OrvAsfExport.cpp; binding to a host
 // hierarchy (MergeORVToASF) in export/OrvAsfMerge.cpp.
-class OrvAsfScene
+class ORVSDK_API OrvAsfScene
 {
 public:
     static constexpr int kNameSize = 1024;

@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_ANIM_ORVANIMCURVE_H
 #define ORVSDK_HOST_ANIM_ORVANIMCURVE_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/scene/OrvObject.h"
 #include "orvsdk/host/core/OrvTime.h"
 
@@ -14,7 +15,7 @@ class OrvAnimCurveKey;
 // key per time, interpolated linearly. Curves animate properties by being connected to channels
 // of curve nodes (OrvAnimCurveNode::ConnectToChannel). Key indices run from 0 to
 // KeyGetCount() - 1 in time order.
-class OrvAnimCurve : public OrvObject
+class ORVHOST_API OrvAnimCurve : public OrvObject
 {
 public:
     // Class identity (see OrvObject::ClassId).

@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_ANIM_ORVANIMCURVEKEY_H
 #define ORVSDK_HOST_ANIM_ORVANIMCURVEKEY_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/anim/OrvAnimCurveKeyImpl.h"
 #include "orvsdk/host/core/OrvTime.h"
 
@@ -12,7 +13,7 @@ namespace orvsdk {
 // and sets it for every key it adds. When the allocation fails the record is empty: Set does
 // nothing, GetTime and GetValue answer 0, and curves refuse it. A record made on storage the
 // caller provides allocates nothing and is never empty. Not copyable.
-class OrvAnimCurveKey
+class ORVHOST_API OrvAnimCurveKey
 {
 public:
     using AllocatorFct = OrvAnimCurveKeyImpl* (*)();

@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_ANIM_ORVANIMCURVENODE_H
 #define ORVSDK_HOST_ANIM_ORVANIMCURVENODE_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/scene/OrvObject.h"
 
 namespace orvsdk {
@@ -11,7 +12,7 @@ class OrvAnimCurve;
 // (one double) and an ordered list of connected curves. The curve node is a source of the
 // animated property and of its layer (OrvProperty::GetCurveNode makes it so). Curves are
 // connected, never owned: the scene owns them.
-class OrvAnimCurveNode : public OrvObject
+class ORVHOST_API OrvAnimCurveNode : public OrvObject
 {
 public:
     // Class identity (see OrvObject::ClassId).

@@ -1,13 +1,14 @@
 #ifndef ORVSDK_HOST_ANIM_ORVANIMLAYER_H
 #define ORVSDK_HOST_ANIM_ORVANIMLAYER_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/scene/OrvObject.h"
 
 namespace orvsdk {
 
 // A layer of an animation stack. The curve nodes of the layer are its source objects. Create
 // it with its stack as container to make it one of the stack's layers.
-class OrvAnimLayer : public OrvObject
+class ORVHOST_API OrvAnimLayer : public OrvObject
 {
 public:
     // Class identity (see OrvObject::ClassId).

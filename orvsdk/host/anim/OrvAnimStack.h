@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_ANIM_ORVANIMSTACK_H
 #define ORVSDK_HOST_ANIM_ORVANIMSTACK_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/scene/OrvObject.h"
 
 namespace orvsdk {
@@ -9,7 +10,7 @@ class OrvAnimLayer;
 
 // An animation take: an ordered set of layers, which are its source objects (the first is its
 // base layer). A scene's stacks are found among the scene's source objects by name.
-class OrvAnimStack : public OrvObject
+class ORVHOST_API OrvAnimStack : public OrvObject
 {
 public:
     // Class identity (see OrvObject::ClassId).

@@ -1,6 +1,8 @@
 #ifndef ORVSDK_HOST_CORE_ORVSTRING_H
 #define ORVSDK_HOST_CORE_ORVSTRING_H
 
+#include "orvsdk/host/OrvHostExport.h"
+
 #include <cstddef>
 #include <string>
 
@@ -28,11 +30,11 @@ private:
 };
 
 // Concatenation of a string and a text (null counts as empty).
-OrvString operator+(const OrvString& pLeft, const char* pRight);
+ORVHOST_API OrvString operator+(const OrvString& pLeft, const char* pRight);
 
 // snprintf with a guaranteed terminator: writes at most pSize bytes including the NUL (nothing
 // when pSize is 0) and returns the length the full text would have had, or -1 on a format error.
-int ORVSDK_sprintf(char* pBuffer, size_t pSize, const char* pFormat, ...)
+ORVHOST_API int ORVSDK_sprintf(char* pBuffer, size_t pSize, const char* pFormat, ...)
     __attribute__((format(printf, 3, 4)));
 
 } // namespace orvsdk

@@ -1,6 +1,8 @@
 #ifndef ORVSDK_HOST_CORE_ORVTIME_H
 #define ORVSDK_HOST_CORE_ORVTIME_H
 
+#include "orvsdk/host/OrvHostExport.h"
+
 #include <cstdint>
 
 namespace orvsdk {
@@ -8,7 +10,7 @@ namespace orvsdk {
 // A point in time as a signed 64-bit tick count. kTicksPerSecond (705,600,000) divides evenly
 // by 24, 25, 30, 48, 50, 60, 100 and 120, so frame times at those rates are exact; the range
 // covers about +/- 414 years.
-class OrvTime
+class ORVHOST_API OrvTime
 {
 public:
     static constexpr int64_t kTicksPerSecond = 705600000;

@@ -1,6 +1,8 @@
 #ifndef ORVSDK_HOST_FILTER_ORVANIMCURVEFILTER_H
 #define ORVSDK_HOST_FILTER_ORVANIMCURVEFILTER_H
 
+#include "orvsdk/host/OrvHostExport.h"
+
 namespace orvsdk {
 
 class OrvAnimCurve;
@@ -8,7 +10,7 @@ class OrvStatus;
 
 // A treatment of animation curves applied in place. A filter object holds only its settings;
 // it can be applied any number of times.
-class OrvAnimCurveFilter
+class ORVHOST_API OrvAnimCurveFilter
 {
 public:
     virtual ~OrvAnimCurveFilter() = default;

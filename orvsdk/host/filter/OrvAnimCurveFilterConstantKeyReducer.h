@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_FILTER_ORVANIMCURVEFILTERCONSTANTKEYREDUCER_H
 #define ORVSDK_HOST_FILTER_ORVANIMCURVEFILTERCONSTANTKEYREDUCER_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/filter/OrvAnimCurveFilter.h"
 
 namespace orvsdk {
@@ -16,7 +17,7 @@ class OrvAnimCurveKey;
 // its two end keys, and a slow drift keeps a key whenever it has moved beyond the tolerance
 // from the last kept one, so removals never add up to a visible change. Costs the number of
 // keys.
-class OrvAnimCurveFilterConstantKeyReducer : public OrvAnimCurveFilter
+class ORVHOST_API OrvAnimCurveFilterConstantKeyReducer : public OrvAnimCurveFilter
 {
 public:
     // Values closer than this (inclusive) count as equal; 1e-4 by default. Negative values

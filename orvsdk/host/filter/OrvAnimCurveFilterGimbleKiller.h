@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_FILTER_ORVANIMCURVEFILTERGIMBLEKILLER_H
 #define ORVSDK_HOST_FILTER_ORVANIMCURVEFILTERGIMBLEKILLER_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/filter/OrvAnimCurveFilter.h"
 
 namespace orvsdk {
@@ -11,7 +12,7 @@ namespace orvsdk {
 // rotation closest to the previous key's; at gimbal lock (middle angle +/-90 degrees), where
 // the first and last angles only count through their sum or difference, it splits them to stay
 // closest to the previous key. The first key stays. Costs the number of keys.
-class OrvAnimCurveFilterGimbleKiller : public OrvAnimCurveFilter
+class ORVHOST_API OrvAnimCurveFilterGimbleKiller : public OrvAnimCurveFilter
 {
 public:
     // pCount must be 3 (X, Y, Z curves, none null, same key count and key times).

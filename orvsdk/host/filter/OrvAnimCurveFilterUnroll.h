@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_FILTER_ORVANIMCURVEFILTERUNROLL_H
 #define ORVSDK_HOST_FILTER_ORVANIMCURVEFILTERUNROLL_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/filter/OrvAnimCurveFilter.h"
 #include "orvsdk/host/math/OrvEuler.h"
 
@@ -13,7 +14,7 @@ namespace orvsdk {
 // with multiples of 360 degrees added and the alternative triple (a0 + 180, 180 - a1, a2 + 180)
 // of the angles taken in the order's own sequence. The first key stays. Costs the number of
 // keys.
-class OrvAnimCurveFilterUnroll : public OrvAnimCurveFilter
+class ORVHOST_API OrvAnimCurveFilterUnroll : public OrvAnimCurveFilter
 {
 public:
     // The order in which the curves' angles apply; eOrderXYZ by default. Orders outside 0 to 5

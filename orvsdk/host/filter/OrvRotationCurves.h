@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_FILTER_ORVROTATIONCURVES_H
 #define ORVSDK_HOST_FILTER_ORVROTATIONCURVES_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/math/OrvVector4.h"
 
 namespace orvsdk {
@@ -11,7 +12,7 @@ class OrvStatus;
 // The rotation filters' view of three curves holding the X, Y and Z angles (degrees) of one
 // rotation, keyed at the same times: key k of the set is the triple of the three curves' key k.
 // Also the Euler arithmetic the filters share. Holds pointers only; the curves must outlive it.
-class OrvRotationCurves
+class ORVHOST_API OrvRotationCurves
 {
 public:
     // True when pCurves holds exactly three non-null curves with the same key count and the

@@ -1,6 +1,8 @@
 #ifndef ORVSDK_HOST_IO_ORVDIAGNOSTICS_H
 #define ORVSDK_HOST_IO_ORVDIAGNOSTICS_H
 
+#include "orvsdk/host/OrvHostExport.h"
+
 #include <cstddef>
 #include <string>
 #include <utility>
@@ -9,7 +11,7 @@
 namespace orvsdk {
 
 // One warning or error about a file.
-struct OrvMessage
+struct ORVHOST_API OrvMessage
 {
     enum EKind
     {
@@ -23,14 +25,14 @@ struct OrvMessage
 };
 
 // "FILE:LINE: warning: TEXT", "FILE:LINE: error: TEXT", or "FILE: error: TEXT" for line 0.
-std::string OrvFormatMessage(const OrvMessage& pMessage);
+ORVHOST_API std::string OrvFormatMessage(const OrvMessage& pMessage);
 
 // The messages of one file being read or written: every error, and the first kMaxKeptWarnings
 // warnings followed by the warning kTooManyWarnings, so that a file of millions of bad lines
 // cannot fill the memory. Counts cover every message reported, kept or not. With echo on, each
 // kept message is also printed on standard error, formatted, as it is reported. Used by one
 // thread at a time.
-class OrvDiagnostics
+class ORVHOST_API OrvDiagnostics
 {
 public:
     static constexpr int kMaxKeptWarnings = 1000;
@@ -81,10 +83,10 @@ struct OrvTextStart
     size_t mMarkSize = 0;           // bytes of a UTF-8 byte order mark to skip: 0 or 3
     const char* mRefusal = nullptr; // kOrvUtf16Message for UTF-16 text; null otherwise
 };
-OrvTextStart OrvExamineTextStart(const char* pBytes, size_t pSize);
+ORVHOST_API OrvTextStart OrvExamineTextStart(const char* pBytes, size_t pSize);
 
 // Offset of the first NUL byte among pSize bytes at pBytes; pSize when there is none.
-size_t OrvFindNulByte(const char* pBytes, size_t pSize);
+ORVHOST_API size_t OrvFindNulByte(const char* pBytes, size_t pSize);
 
 } // namespace orvsdk
 

@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_IO_ORVTEXTFILE_H
 #define ORVSDK_HOST_IO_ORVTEXTFILE_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/io/OrvDiagnostics.h"
 
 #include <cstdarg>
@@ -41,7 +42,7 @@ struct TextToken
 // target. Numbers are always printed with '.' as the decimal point, whatever the process locale.
 //
 // An instance is used by one thread at a time; different instances share nothing.
-class OrvTextFile
+class ORVHOST_API OrvTextFile
 {
 public:
     // pFileType names the kind of file in messages ("ASF"); pDelimiters and pComment are the

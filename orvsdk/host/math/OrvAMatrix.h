@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_MATH_ORVAMATRIX_H
 #define ORVSDK_HOST_MATH_ORVAMATRIX_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/math/OrvVector4.h"
 
 namespace orvsdk {
@@ -8,7 +9,7 @@ namespace orvsdk {
 // Affine 4x4 matrix of doubles, identity by default. Column-vector convention: (A * B) applied
 // to a point is A applied to (B applied to the point); the translation is the last column.
 // All angles are in degrees.
-class OrvAMatrix
+class ORVHOST_API OrvAMatrix
 {
 public:
     // The identity; inline, as matrices are made per bone and frame.

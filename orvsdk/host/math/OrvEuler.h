@@ -1,12 +1,14 @@
 #ifndef ORVSDK_HOST_MATH_ORVEULER_H
 #define ORVSDK_HOST_MATH_ORVEULER_H
 
+#include "orvsdk/host/OrvHostExport.h"
+
 namespace orvsdk {
 
 // Euler rotation orders. An order names its axes in the sequence in which they apply: with
 // (a0, a1, a2) = AxisTable[order] the rotation is R_a2 * R_a1 * R_a0 (column vectors), so the
 // first axis applies first. eOrderSphericXYZ only exists as a value; no rotation uses it.
-class OrvEuler
+class ORVHOST_API OrvEuler
 {
 public:
     enum EOrder

@@ -1,11 +1,13 @@
 #ifndef ORVSDK_HOST_MATH_ORVVECTOR4_H
 #define ORVSDK_HOST_MATH_ORVVECTOR4_H
 
+#include "orvsdk/host/OrvHostExport.h"
+
 namespace orvsdk {
 
 // Four doubles (X, Y, Z, W), all zero by default. Used for points, vectors and Euler angles in
 // degrees; Length and Normalize look at X, Y and Z only.
-class OrvVector4
+class ORVHOST_API OrvVector4
 {
 public:
     OrvVector4() = default;

@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_SCENE_ORVCRITERIA_H
 #define ORVSDK_HOST_SCENE_ORVCRITERIA_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/scene/OrvClassId.h"
 
 namespace orvsdk {
@@ -9,7 +10,7 @@ class OrvObject;
 
 // Filter for connection queries: which connected objects count. A criteria holds no object and
 // can be copied freely.
-class OrvCriteria
+class ORVHOST_API OrvCriteria
 {
 public:
     // Objects of class pClassId or of a class derived from it.

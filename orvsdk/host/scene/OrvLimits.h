@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_SCENE_ORVLIMITS_H
 #define ORVSDK_HOST_SCENE_ORVLIMITS_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/math/OrvVector4.h"
 
 namespace orvsdk {
@@ -8,7 +9,7 @@ namespace orvsdk {
 // Bounds on a node's X, Y and Z values (translation or rotation). A record is inactive, with
 // no bound active and all bounds 0, until set. The record only stores the bounds: nothing in
 // this host clamps values with them.
-class OrvLimits
+class ORVHOST_API OrvLimits
 {
 public:
     // Whether the limits apply at all.

@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_SCENE_ORVNODE_H
 #define ORVSDK_HOST_SCENE_ORVNODE_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/math/OrvAMatrix.h"
 #include "orvsdk/host/math/OrvEuler.h"
 #include "orvsdk/host/scene/OrvLimits.h"
@@ -25,7 +26,7 @@ class OrvSkeleton;
 // (r[a0], r[a1], r[a2]) with (a0, a1, a2) = OrvEuler::AxisTable[o]: the rotation property holds
 // the X, Y, Z angles and the order says in which sequence they apply. While rotation is not
 // active, pre- and post-rotation are ignored and the order is taken as X, Y, Z.
-class OrvNode : public OrvObject
+class ORVHOST_API OrvNode : public OrvObject
 {
 public:
     // Class identity (see OrvObject::ClassId).

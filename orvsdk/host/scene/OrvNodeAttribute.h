@@ -1,13 +1,14 @@
 #ifndef ORVSDK_HOST_SCENE_ORVNODEATTRIBUTE_H
 #define ORVSDK_HOST_SCENE_ORVNODEATTRIBUTE_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/scene/OrvObject.h"
 
 namespace orvsdk {
 
 // What a node stands for (a skeleton joint, ...). The scene owns the attribute; a node refers
 // to it through a connection (OrvNode::SetNodeAttribute), and several nodes may share one.
-class OrvNodeAttribute : public OrvObject
+class ORVHOST_API OrvNodeAttribute : public OrvObject
 {
 public:
     // Class identity (see OrvObject::ClassId).

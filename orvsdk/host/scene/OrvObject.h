@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_SCENE_ORVOBJECT_H
 #define ORVSDK_HOST_SCENE_ORVOBJECT_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/scene/OrvClassId.h"
 #include "orvsdk/host/scene/OrvProperty.h"
 #include "orvsdk/host/core/OrvString.h"
@@ -17,7 +18,7 @@ class OrvScene;
 // the same scene (see OrvProperty); connections never own.
 //
 // Objects are used by one thread at a time per scene; different scenes share nothing.
-class OrvObject
+class ORVHOST_API OrvObject
 {
 public:
     // The identity of this class; GetClassId answers the identity of the object's own class

@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_SCENE_ORVPOSEEVALUATOR_H
 #define ORVSDK_HOST_SCENE_ORVPOSEEVALUATOR_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/core/OrvTime.h"
 #include "orvsdk/host/math/OrvAMatrix.h"
 
@@ -23,7 +24,7 @@ class OrvNode;
 // The evaluator reads the nodes and curves it resolved: they must outlive it, and the hierarchy,
 // the curves' keys and the nodes' settings must not change while it is used. One evaluator may be
 // used by several threads at a time, each with its own buffers.
-class OrvPoseEvaluator
+class ORVHOST_API OrvPoseEvaluator
 {
 public:
     // Resolves pRoot and every node below it, a node before its children, children in order,

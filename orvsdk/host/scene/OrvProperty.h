@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_SCENE_ORVPROPERTY_H
 #define ORVSDK_HOST_SCENE_ORVPROPERTY_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/scene/OrvCriteria.h"
 
 #include <cstddef>
@@ -29,7 +30,7 @@ enum EOrvType
 //
 // A property lives inside its owner object for the owner's whole life; it cannot be copied.
 // Connections never own: the scene owns every object.
-class OrvProperty
+class ORVHOST_API OrvProperty
 {
 public:
     // A property of pOwner (not null) named pName (copied pointer: a string literal) holding

@@ -1,6 +1,7 @@
 #ifndef ORVSDK_HOST_SCENE_ORVSCENE_H
 #define ORVSDK_HOST_SCENE_ORVSCENE_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/scene/OrvGlobalSettings.h"
 #include "orvsdk/host/scene/OrvObject.h"
 
@@ -17,7 +18,7 @@ class OrvAnimStack;
 // the object's Destroy, and is connected to it as a source of the scene's root property. A
 // scene is its own container and its own scene. It has a root node from its creation, its
 // own settings, and a current animation stack (none at first).
-class OrvScene : public OrvObject
+class ORVHOST_API OrvScene : public OrvObject
 {
 public:
     // Class identity (see OrvObject::ClassId).

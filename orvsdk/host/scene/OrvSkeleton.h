@@ -1,12 +1,13 @@
 #ifndef ORVSDK_HOST_SCENE_ORVSKELETON_H
 #define ORVSDK_HOST_SCENE_ORVSKELETON_H
 
+#include "orvsdk/host/OrvHostExport.h"
 #include "orvsdk/host/scene/OrvNodeAttribute.h"
 
 namespace orvsdk {
 
 // Node attribute marking a node as a joint of a skeleton.
-class OrvSkeleton : public OrvNodeAttribute
+class ORVHOST_API OrvSkeleton : public OrvNodeAttribute
 {
 public:
     // Class identity (see OrvObject::ClassId).
