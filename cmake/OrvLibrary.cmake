@@ -62,6 +62,8 @@ function(orv_install_library pTarget)
 
   set_property(GLOBAL APPEND PROPERTY ORV_INSTALLED_LIBRARIES ${pTarget})
   set_property(GLOBAL APPEND PROPERTY ORV_PUBLIC_HEADERS ${lDocumented})
+  set_property(GLOBAL APPEND PROPERTY ORV_EXPORT_MACROS ${ARG_EXPORT_MACRO})
+  set_property(GLOBAL APPEND PROPERTY ORV_GENERATED_ROOTS ${ARG_GENERATED_ROOT})
 endfunction()
 
 # Installs pRoot/pHeader as include/pHeader.
