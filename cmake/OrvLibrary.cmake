@@ -35,6 +35,7 @@ function(orv_install_library pTarget)
   endif()
   configure_file(${ORV_CMAKE_DIR}/OrvExport.h.in ${ARG_GENERATED_ROOT}/${ARG_EXPORT_HEADER} @ONLY)
 
+  target_compile_features(${pTarget} PUBLIC cxx_std_17)
   target_include_directories(${pTarget} PUBLIC $<BUILD_INTERFACE:${ARG_GENERATED_ROOT}>
                                                $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
   set_target_properties(${pTarget} PROPERTIES
