@@ -21,9 +21,12 @@ function(orv_install_package)
           DESTINATION ${lPackageDir} COMPONENT libraries)
 
   # Libraries in reverse registration order, each before the ones it links, as static linking
-  # needs. The prefix is found from the file's own place, so the installed tree can move.
+  # needs, then the threads library the AMC reader uses. The prefix is found from the file's own place, so the installed tree can move.
   list(REVERSE lLibraries)
   list(TRANSFORM lLibraries PREPEND -l OUTPUT_VARIABLE lLinkFlags)
+  if(NOT BUILD_SHARED_LIBS)
+    list(APPEND lLinkFlags -pthread)  # static libraries leave their own dependencies to the program
+  endif()
   list(JOIN lLinkFlags " " ORV_PC_LIBS)
   file(RELATIVE_PATH ORV_PC_PREFIX_FROM_PCFILEDIR /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
   string(REGEX REPLACE "/$" "" ORV_PC_PREFIX_FROM_PCFILEDIR "${ORV_PC_PREFIX_FROM_PCFILEDIR}")
