@@ -1,7 +1,7 @@
 # Installs a build of the libraries into a fresh prefix and proves that programs build against
 # the installed files alone: the consumer project through find_package, the same example through
-# pkg-config, and, for a whole build, the installed tool. Each program's output must equal that
-# of the example built in the source tree. Run with cmake -P and these variables:
+# pkg-config. Each program's output must equal that of the example built in the source tree; the
+# package, orvsdk.pc and (for a whole build) the installed tool must report the same version. Run with cmake -P and these variables:
 #   SOURCE_DIR   the source tree
 #   WORK_DIR     a folder of its own (prefix and consumer builds are made anew each run)
 #   LINKAGE      static or shared
@@ -39,13 +39,6 @@ endif()
 
 if(BUILD_DIR)
   run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${lPrefix})
-  # The whole build was installed, so the tool is there and reports the package's version.
-  file(STRINGS ${BUILD_DIR}/generated/orvsdk/OrvVersion.h lVersionLine REGEX "define ORVSDK_VERSION \"")
-  string(REGEX MATCH "[0-9]+\\.[0-9]+\\.[0-9]+" lVersion "${lVersionLine}")
-  execute_process(COMMAND ${lPrefix}/bin/orvasf --version OUTPUT_VARIABLE lToolVersion COMMAND_ERROR_IS_FATAL ANY)
-  if(NOT lToolVersion STREQUAL "orvasf ${lVersion}\n")
-    message(FATAL_ERROR "installed orvasf --version printed '${lToolVersion}', expected version ${lVersion}")
-  endif()
 else()
   set(lShared OFF)
   if(LINKAGE STREQUAL "shared")
@@ -59,8 +52,10 @@ else()
 endif()
 
 # find_package: the consumer project, and a request for a version the package does not satisfy.
-run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples/consumer -B ${WORK_DIR}/consumer ${lTools}
-    -DCMAKE_PREFIX_PATH=${lPrefix})
+execute_process(COMMAND ${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples/consumer -B ${WORK_DIR}/consumer ${lTools}
+                        -DCMAKE_PREFIX_PATH=${lPrefix} OUTPUT_VARIABLE lConfigureOutput COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCH "Found orvsdk ([0-9.]+)" lFound "${lConfigureOutput}")
+set(lPackageVersion ${CMAKE_MATCH_1})
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/consumer)
 expect_reference_output(${WORK_DIR}/consumer/minimal_import)
 execute_process(COMMAND ${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples/consumer -B ${WORK_DIR}/consumer-future ${lTools}
@@ -85,6 +80,20 @@ if(LINKAGE STREQUAL "shared")
 endif()
 run(${CXX_COMPILER} -std=c++17 ${SOURCE_DIR}/examples/minimal_import.cpp ${lFlags} ${lRunPath} -o ${lProgram})
 expect_reference_output(${lProgram})
+
+# The CMake package, orvsdk.pc and, when installed, the tool report one version.
+execute_process(COMMAND pkg-config --modversion orvsdk OUTPUT_VARIABLE lPcVersion OUTPUT_STRIP_TRAILING_WHITESPACE
+                COMMAND_ERROR_IS_FATAL ANY)
+set(lToolVersion "orvasf ${lPackageVersion}")  # a libraries-only install has no tool to ask
+if(BUILD_DIR)
+  execute_process(COMMAND ${lPrefix}/bin/orvasf --version OUTPUT_VARIABLE lToolVersion
+                  OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+endif()
+if(lPackageVersion STREQUAL "" OR NOT lPcVersion STREQUAL lPackageVersion
+   OR NOT lToolVersion STREQUAL "orvasf ${lPackageVersion}")
+  message(FATAL_ERROR "the installed files disagree about the version: package '${lPackageVersion}', "
+                      "orvsdk.pc '${lPcVersion}', tool '${lToolVersion}'")
+endif()
 
 # The programs use the libraries of the installed linkage: a shared build's are loaded at run time
 # from the prefix and export the public classes only; a static build's leave no run-time need.
