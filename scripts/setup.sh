@@ -9,6 +9,8 @@ packages=(cmake g++ make libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev
 packages+=(time)
 # gcovr reports line coverage in scripts/coverage.sh.
 packages+=(gcovr)
+# doxygen builds the API reference (the docs target); pkgconf checks the installed orvsdk.pc.
+packages+=(doxygen pkgconf)
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")
