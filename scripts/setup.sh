@@ -9,6 +9,9 @@ packages=(cmake g++ make libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev
 packages+=(time)
 # gcovr reports line coverage in scripts/coverage.sh.
 packages+=(gcovr)
+# The orvasf Python package (python/) is built with pybind11 against Debian's Python and NumPy;
+# pytest runs its tests.
+packages+=(python3-dev python3-numpy pybind11-dev python3-pytest)
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

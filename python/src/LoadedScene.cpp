@@ -5,7 +5,9 @@
 #include "orvsdk/host/math/OrvEuler.h"
 #include "orvsdk/host/scene/OrvNode.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 #include <vector>
 
 namespace orvasf::python {
@@ -87,7 +89,9 @@ LoadedScene::LoadedScene(OrvImportResult&& pImport, std::string pSkeletonPath)
 
 int64_t LoadedScene::GetFrameCount() const
 {
-    return mImport.mFrameSpan > 0 ? mImport.mFrameSpan : 1;
+    // Frame indices are ints: a span beyond their range offers its first INT_MAX + 1 frames.
+    constexpr int64_t kFrameLimit = int64_t{std::numeric_limits<int>::max()} + 1;
+    return mImport.mFrameSpan > 0 ? std::min(mImport.mFrameSpan, kFrameLimit) : 1;
 }
 
 orvsdk::OrvTime LoadedScene::TimeOf(int pFrame) const

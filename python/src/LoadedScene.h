@@ -43,7 +43,8 @@ public:
     const std::string& GetSkeletonPath() const { return mSkeletonPath; }
     const orvsdk::OrvPoseEvaluator& GetPose() const { return *mPose; }
     int GetJointCount() const { return mPose->GetNodeCount(); }
-    // Frames of the motion: its span of frame numbers, or 1 (the rest pose) without a motion.
+    // Frames of the motion: its span of frame numbers (at most INT_MAX + 1, as frame indices are
+    // ints), or 1 (the rest pose) without a motion.
     int64_t GetFrameCount() const;
     double GetFramesPerSecond() const { return mImport.mFramesPerSecond; }
 

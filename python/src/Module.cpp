@@ -11,6 +11,7 @@
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
+#include <pybind11/stl/filesystem.h>
 
 #include <limits>
 
@@ -197,17 +198,18 @@ public:
         return Motion(mScene, {mFrames.FrameAt(lIndex), 1, 1});
     }
 
-    void ToBvh(const std::string& pPath) const
+    void ToBvh(const std::filesystem::path& pFile) const
     {
         if (mFrames.mCount == 0) throw py::value_error("a Motion without frames cannot be written");
+        const std::string lPath = pFile.string();
         std::vector<orvsdk::OrvMessage> lMessages;
         bool lWritten = false;
         {
             py::gil_scoped_release lRelease;
-            lWritten = mScene->WriteBvh(pPath, mFrames, lMessages);
+            lWritten = mScene->WriteBvh(lPath, mFrames, lMessages);
         }
         if (lWritten) return;
-        const std::string lText = lMessages.empty() ? pPath + ": not written" : orvsdk::OrvFormatMessage(lMessages.back());
+        const std::string lText = lMessages.empty() ? lPath + ": not written" : orvsdk::OrvFormatMessage(lMessages.back());
         PyErr_SetString(PyExc_OSError, lText.c_str());
         throw py::error_already_set();
     }
