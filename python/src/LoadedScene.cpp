@@ -1,6 +1,5 @@
 #include "python/src/LoadedScene.h"
 
-#include "bvh/OrvBvhWriter.h"
 #include "orvsdk/host/anim/OrvAnimStack.h"
 #include "orvsdk/host/math/OrvEuler.h"
 #include "orvsdk/host/scene/OrvNode.h"
@@ -177,19 +176,27 @@ std::string LoadedScene::GetRotationOrder(int pJoint) const
     return lText;
 }
 
+OrvExportFrames LoadedScene::ExportFrames(const FrameSelection& pFrames) const
+{
+    OrvExportFrames lFrames;
+    lFrames.mFramesPerSecond = mImport.mFramesPerSecond / static_cast<double>(pFrames.mStep);
+    lFrames.mFrameCount = static_cast<int>(pFrames.mCount);
+    lFrames.mStartTime = TimeOf(pFrames.FrameAt(0));
+    return lFrames;
+}
+
 bool LoadedScene::WriteBvh(const std::string& pPath, const FrameSelection& pFrames,
                            std::vector<orvsdk::OrvMessage>& pMessages) const
 {
-    OrvBvhWriteSettings lSettings;
-    lSettings.mFramesPerSecond = mImport.mFramesPerSecond / static_cast<double>(pFrames.mStep);
-    lSettings.mFrameCount = static_cast<int>(pFrames.mCount);
-    lSettings.mStartTime = TimeOf(pFrames.FrameAt(0));
     const std::lock_guard<std::mutex> lLock(mWriting);
-    OrvBvhWriter lWriter;
-    const bool lWritten = lWriter.Write(pPath.c_str(), mImport.mRoot, lSettings);
-    const std::vector<orvsdk::OrvMessage>& lMessages = lWriter.GetFile().GetMessages();
-    pMessages.insert(pMessages.end(), lMessages.begin(), lMessages.end());
-    return lWritten;
+    return OrvWriteBvh(pPath, mImport, ExportFrames(pFrames), pMessages);
+}
+
+bool LoadedScene::WriteAsfAmc(const std::string& pAsfPath, const std::string& pAmcPath,
+                              const FrameSelection& pFrames, std::vector<orvsdk::OrvMessage>& pMessages) const
+{
+    const std::lock_guard<std::mutex> lLock(mWriting);
+    return OrvWriteAsfAmc(pAsfPath, pAmcPath, mImport, ExportFrames(pFrames), pMessages);
 }
 
 } // namespace orvasf::python

@@ -1,6 +1,7 @@
 #ifndef ORVASF_PYTHON_SRC_LOADEDSCENE_H
 #define ORVASF_PYTHON_SRC_LOADEDSCENE_H
 
+#include "driver/OrvExportDriver.h"
 #include "driver/OrvImportDriver.h"
 #include "orvsdk/host/scene/OrvPoseEvaluator.h"
 
@@ -61,14 +62,18 @@ public:
     // Rotation order of each joint, as axis letters in the order they apply ("XYZ").
     std::string GetRotationOrder(int pJoint) const;
 
-    // Writes the selected frames as a BVH file at pPath with the library's BVH writer; the
-    // frames must be evenly spaced, which every selection is. Appends the writer's messages to
-    // pMessages; false when the file could not be written (an existing one is then untouched).
+    // Write the selected frames (evenly spaced, as every selection is) with the export driver:
+    // as BVH, or as the exported skeleton's ASF file plus, when there is motion and pAmcPath is
+    // not empty, its AMC file. Append the writers' messages to pMessages; false when a file
+    // could not be written (an existing one is then untouched).
     bool WriteBvh(const std::string& pPath, const FrameSelection& pFrames,
                   std::vector<orvsdk::OrvMessage>& pMessages) const;
+    bool WriteAsfAmc(const std::string& pAsfPath, const std::string& pAmcPath, const FrameSelection& pFrames,
+                     std::vector<orvsdk::OrvMessage>& pMessages) const;
 
 private:
     orvsdk::OrvTime TimeOf(int pFrame) const;
+    OrvExportFrames ExportFrames(const FrameSelection& pFrames) const;
 
     OrvImportResult mImport;
     std::string mSkeletonPath;

@@ -14,6 +14,7 @@
 #include <pybind11/stl/filesystem.h>
 
 #include <limits>
+#include <optional>
 
 namespace py = pybind11;
 
@@ -45,6 +46,22 @@ py::array_t<double> FilledArray(std::vector<py::ssize_t> pShape, TFill pFill)
         pFill(lData);
     }
     return lArray;
+}
+
+// Runs pWrite(messages) without the GIL; raises OSError with the last message when it fails.
+template <typename TWrite>
+void WriteFiles(const std::string& pPath, TWrite pWrite)
+{
+    std::vector<orvsdk::OrvMessage> lMessages;
+    bool lWritten = false;
+    {
+        py::gil_scoped_release lRelease;
+        lWritten = pWrite(lMessages);
+    }
+    if (lWritten) return;
+    const std::string lText = lMessages.empty() ? pPath + ": not written" : orvsdk::OrvFormatMessage(lMessages.back());
+    PyErr_SetString(PyExc_OSError, lText.c_str());
+    throw py::error_already_set();
 }
 
 // --- Skeleton ------------------------------------------------------------------------------
@@ -110,6 +127,21 @@ public:
         return PerBone([](const orvsdk::OrvAsfNode& pBone, int pCode) -> py::object {
             return py::make_tuple(pBone.mLimitMinActive[pCode] ? pBone.mLimitMin[pCode] : -kInf,
                                   pBone.mLimitMaxActive[pCode] ? pBone.mLimitMax[pCode] : kInf);
+        });
+    }
+
+    // The skeleton's rest pose as an ASF file. An ASF skeleton is exported from a skeleton-only
+    // import of its file, so that no frame of a motion enters its rest pose.
+    void ToAsf(const std::filesystem::path& pFile) const
+    {
+        const std::string lPath = pFile.string();
+        WriteFiles(lPath, [&](auto& pMessages) {
+            const FrameSelection kRestPose{0, 1, 1};
+            if (!mScene->GetImport().mHasMotion || mScene->GetSkeletonPath().empty())
+                return mScene->WriteAsfAmc(lPath, std::string(), kRestPose, pMessages);
+            const OrvImportResult lRest = OrvImportAsf(mScene->GetSkeletonPath(), std::string(), OrvImportSettings());
+            pMessages.insert(pMessages.end(), lRest.mMessages.begin(), lRest.mMessages.end());
+            return lRest.mSucceeded && OrvWriteAsfAmc(lPath, std::string(), lRest, OrvAllFrames(lRest), pMessages);
         });
     }
 
@@ -200,21 +232,28 @@ public:
 
     void ToBvh(const std::filesystem::path& pFile) const
     {
-        if (mFrames.mCount == 0) throw py::value_error("a Motion without frames cannot be written");
+        RefuseEmpty();
         const std::string lPath = pFile.string();
-        std::vector<orvsdk::OrvMessage> lMessages;
-        bool lWritten = false;
-        {
-            py::gil_scoped_release lRelease;
-            lWritten = mScene->WriteBvh(lPath, mFrames, lMessages);
-        }
-        if (lWritten) return;
-        const std::string lText = lMessages.empty() ? lPath + ": not written" : orvsdk::OrvFormatMessage(lMessages.back());
-        PyErr_SetString(PyExc_OSError, lText.c_str());
-        throw py::error_already_set();
+        WriteFiles(lPath, [&](auto& pMessages) { return mScene->WriteBvh(lPath, mFrames, pMessages); });
+    }
+
+    void ToAmc(const std::filesystem::path& pFile, std::optional<std::filesystem::path> pSkeletonFile) const
+    {
+        RefuseEmpty();
+        const std::string lAmcPath = pFile.string();
+        const std::string lAsfPath =
+            pSkeletonFile ? pSkeletonFile->string() : std::filesystem::path(pFile).replace_extension(".asf").string();
+        if (lAsfPath == lAmcPath) throw py::value_error("the AMC file and its skeleton need two paths: " + lAmcPath);
+        WriteFiles(lAmcPath,
+                   [&](auto& pMessages) { return mScene->WriteAsfAmc(lAsfPath, lAmcPath, mFrames, pMessages); });
     }
 
 private:
+    void RefuseEmpty() const
+    {
+        if (mFrames.mCount == 0) throw py::value_error("a Motion without frames cannot be written");
+    }
+
     static double CentimetresTo(const std::string& pUnit)
     {
         if (pUnit == "cm") return 1.0;
@@ -310,6 +349,9 @@ PYBIND11_MODULE(_orvasf, pModule)
         .def_property_readonly("limits", &Skeleton::GetLimits,
                                "dict bone name -> tuple of (min, max) per DOF, as the ASF file gives them, "
                                "-inf/inf where open; empty for BVH.")
+        .def("to_asf", &Skeleton::ToAsf, py::arg("path"),
+             "Writes the skeleton's rest pose as an ASF file (length unit 1, one bone per joint, end nodes\n"
+             "left out). The file is replaced only once wholly written; OSError when it cannot be.")
         .def("__len__", [](const Skeleton& pSkeleton) { return pSkeleton.GetScene()->GetJointCount(); })
         .def("__repr__", [](const Skeleton& pSkeleton) {
             return "<orvasf.Skeleton \"" + pSkeleton.GetName() + "\", " +
@@ -336,6 +378,10 @@ PYBIND11_MODULE(_orvasf, pModule)
              "Writes the frames as a BVH file (root with six channels, three rotation channels per joint in its\n"
              "rotation order, End Sites from the end nodes). The file is replaced only once wholly written;\n"
              "OSError when it cannot be.")
+        .def("to_amc", &Motion::ToAmc, py::arg("path"), py::arg("asf") = py::none(),
+             "Writes the frames as an AMC file and, at asf (default: path with \".asf\"), the skeleton it\n"
+             "moves; read back together they give the same world positions. OSError when a file cannot be\n"
+             "written (an existing one is then untouched).")
         .def("__len__", &Motion::GetFrameCount)
         .def("__getitem__", &Motion::Slice, py::arg("frames"))
         .def("__getitem__", &Motion::Frame, py::arg("frame"))

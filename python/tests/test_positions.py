@@ -277,3 +277,34 @@ def test_a_slice_written_as_bvh_keeps_its_frames_and_frame_rate(tmp_path):
     assert again.frame_count == len(range(3, motion.frame_count, 4))
     assert again.fps == pytest.approx(30.0)
     assert np.abs(again.positions() - motion.positions()[3::4]).max() < 1e-3
+
+
+@needs_shared_data
+@pytest.mark.parametrize("asf_name, amc_name", [("cmu_09-run", "cmu_09_06-run")])
+def test_written_asf_and_amc_read_back_to_the_same_positions(tmp_path, asf_name, amc_name):
+    with warnings.catch_warnings():
+        warnings.simplefilter("ignore", orvasf.ReadWarning)
+        motion = orvasf.load(*shared_pair(asf_name, amc_name))
+    view = motion[10:100:3]
+    view.to_amc(tmp_path / "out.amc")
+    again = orvasf.load(tmp_path / "out.asf", tmp_path / "out.amc", fps=view.fps)
+    assert again.frame_count == view.frame_count
+    ours = dict(zip(view.skeleton.joint_names, np.moveaxis(view.positions(), 1, 0)))
+    theirs = dict(zip(again.skeleton.joint_names, np.moveaxis(again.positions(), 1, 0)))
+    assert sorted(ours) == sorted(theirs)
+    shared = list(ours)
+    assert max(np.abs(ours[name] - theirs[name]).max() for name in shared) < 1e-3
+    # The written skeleton means the same to the forward kinematics written above.
+    expected = asf_amc_world_positions((tmp_path / "out.asf").read_text(), (tmp_path / "out.amc").read_text())
+    assert max(np.abs(ours[name] - expected[name]).max() for name in shared) < 1e-3
+
+
+def test_a_skeleton_written_as_asf_reads_back_to_the_same_rest_pose(tmp_path):
+    # The skeleton of a motion: its rest pose, not the motion's first frame, is written.
+    skeleton = orvasf.load(SAMPLE_ASF, SAMPLE_AMC).skeleton
+    skeleton.to_asf(tmp_path / "rest.asf")
+    again = orvasf.read_asf(tmp_path / "rest.asf")
+    rest = dict(zip(skeleton.joint_names, orvasf.load(SAMPLE_ASF).positions()[0]))
+    written = dict(zip(again.joint_names, orvasf.load(tmp_path / "rest.asf").positions()[0]))
+    assert sorted(rest) == sorted(written)
+    assert max(np.abs(rest[name] - written[name]).max() for name in written) < 1e-3
