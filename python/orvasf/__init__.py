@@ -1,7 +1,8 @@
 """Acclaim ASF/AMC and BVH motion capture in NumPy arrays.
 
 Reads skeletons and motions with the orvasf C++ library, evaluates world positions,
-transforms and local rotations of every joint at every frame, and writes BVH files.
+transforms and local rotations of every joint at every frame, and writes BVH and ASF/AMC
+files.
 
     import orvasf
     motion = orvasf.load("walker.asf", "walker.amc")

@@ -327,6 +327,7 @@ PYBIND11_MODULE(_orvasf, pModule)
     pModule.doc() = "Compiled core of orvasf; use the orvasf package.";
     pModule.attr("__version__") = ORVASF_VERSION;
 
+    // The classes present themselves as members of the package, where users find them.
     py::class_<Skeleton>(pModule, "Skeleton",
                          "A skeleton's joints: its bones and end nodes as host nodes, a node before its children.")
         .def_property_readonly("name", &Skeleton::GetName, "The skeleton's name (\"BVH\" for a BVH file).")
@@ -356,7 +357,8 @@ PYBIND11_MODULE(_orvasf, pModule)
         .def("__repr__", [](const Skeleton& pSkeleton) {
             return "<orvasf.Skeleton \"" + pSkeleton.GetName() + "\", " +
                    std::to_string(pSkeleton.GetScene()->GetJointCount()) + " joints>";
-        });
+        })
+        .attr("__module__") = "orvasf";
 
     py::class_<Motion>(pModule, "Motion", "Frames of motion on a skeleton; slicing gives views that share the data.")
         .def_property_readonly("fps", &Motion::GetFramesPerSecond, "Frames per second of this view's frames.")
@@ -388,7 +390,8 @@ PYBIND11_MODULE(_orvasf, pModule)
         .def("__repr__", [](const Motion& pMotion) {
             return "<orvasf.Motion " + std::to_string(pMotion.GetFrameCount()) + " frames at " +
                    std::to_string(pMotion.GetFramesPerSecond()) + " fps>";
-        });
+        })
+        .attr("__module__") = "orvasf";
 
     pModule.def("_import_asf", &ImportAsf, py::arg("asf"), py::arg("amc"), py::arg("fps"), py::arg("remove_dummy"),
                 py::arg("rotation_offset"), py::arg("pre_rotation"), py::arg("limits"), py::arg("rotation_filter"),
