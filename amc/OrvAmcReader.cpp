@@ -5,6 +5,7 @@
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 
+#include <algorithm>
 #include <array>
 #include <cctype>
 #include <cerrno>
@@ -14,6 +15,7 @@
 #include <limits>
 #include <memory>
 #include <sys/stat.h>
+#include <thread>
 
 namespace orvasf {
 
@@ -27,6 +29,8 @@ constexpr size_t kNoNul = std::numeric_limits<size_t>::max();
 // Lines whose bone is remembered from the previous frame; later lines of longer frames look
 // their bone up by name.
 constexpr size_t kMaxPredictedLines = 4096;
+// Files of fewer frames are sampled on the reading thread.
+constexpr uint64_t kParallelFrames = 300;
 
 // Blanks separate tokens; CR counts as one, so that CRLF and LF lines read alike.
 constexpr std::array<bool, 256> MakeBlankTable()
@@ -291,6 +295,11 @@ OrvAmcReadResult OrvAmcReader::ReadStream(std::FILE* pFile, uint64_t pSize, orvs
             pSettings.mProgress(mBytesRead, pSize);
         }
     }
+    if (mPipeline)
+    {
+        mPipeline->Finish();
+        mPipeline.reset();
+    }
     if (pSettings.mSampleValues) lRoot->StopSamplingData();
     if (lOk && mResult.mFrameCount == 0)
     {
@@ -435,6 +444,7 @@ bool OrvAmcReader::HandleFrameNumber(std::string_view pToken, std::string_view p
     else if (mResult.mFrameCount == 1 && pSettings.mSampleValues)
     {
         ReserveKeys();
+        StartPipeline(pSettings);
     }
     mInFrames = true;
     mFrameNumber = lFrame;
@@ -450,7 +460,8 @@ bool OrvAmcReader::HandleFrameNumber(std::string_view pToken, std::string_view p
 
 bool OrvAmcReader::HandleBoneLine(std::string_view pName, std::string_view pRest, const OrvAmcReadSettings& pSettings)
 {
-    orvsdk::OrvAsfNode* lBone = ResolveBone(pName);
+    const LineSlot lSlot = ResolveBone(pName);
+    orvsdk::OrvAsfNode* lBone = lSlot.mBone;
     if (!lBone) return true;
     const int lExpected = ExpectedValueCount(*lBone);
     double lValues[kMaxValues];
@@ -483,7 +494,9 @@ bool OrvAmcReader::HandleBoneLine(std::string_view pName, std::string_view pRest
                                         " values, the line holds " + std::to_string(lCount));
         return false;
     }
-    if (pSettings.mSampleValues)
+    if (mPipeline)
+        mPipeline->Add(*lBone, lSlot.mShare, mFrameTime, lValues, lCount);
+    else if (pSettings.mSampleValues)
         lBone->AddSampleFromDOF(lValues, mFrameTime, mTranslationFactor, mRotationFactor, pSettings.mUseRotationOffset,
                                 pSettings.mUsePreRotation);
     return true;
@@ -506,7 +519,7 @@ void OrvAmcReader::ReserveKeys() const
     if (lRoom > static_cast<uint64_t>(std::numeric_limits<int>::max())) return;
     for (const auto& lEntry : mBones)
     {
-        orvsdk::OrvAsfNode* lBone = lEntry.second;
+        orvsdk::OrvAsfNode* lBone = lEntry.second.mBone;
         for (int j = 0; j < 3; ++j)
         {
             if (lBone->mTranslationCurve[j]) lBone->mTranslationCurve[j]->KeyReserve(static_cast<int>(lRoom));
@@ -515,22 +528,22 @@ void OrvAmcReader::ReserveKeys() const
     }
 }
 
-orvsdk::OrvAsfNode* OrvAmcReader::ResolveBone(std::string_view pName)
+OrvAmcReader::LineSlot OrvAmcReader::ResolveBone(std::string_view pName)
 {
     // Files list the bones in the same order in every frame: try the bone of the same line slot in
     // the previous frame before the name index.
     const size_t lSlot = mLineInFrame++;
-    if (lSlot < mLinePrediction.size() && mLinePrediction[lSlot].mName == pName) return mLinePrediction[lSlot].mBone;
+    if (lSlot < mLinePrediction.size() && mLinePrediction[lSlot].mName == pName) return mLinePrediction[lSlot];
     const LineSlot lFound = LookUpBone(pName);
     if (lSlot >= mLinePrediction.size() && lSlot < kMaxPredictedLines) mLinePrediction.resize(lSlot + 1);
     if (lSlot < mLinePrediction.size()) mLinePrediction[lSlot] = lFound;
-    return lFound.mBone;
+    return lFound;
 }
 
 OrvAmcReader::LineSlot OrvAmcReader::LookUpBone(std::string_view pName)
 {
     const auto lFound = mBones.find(pName);
-    if (lFound != mBones.end()) return {lFound->first, lFound->second};
+    if (lFound != mBones.end()) return lFound->second;
     // An unknown name: warned about once, and remembered by its own copy so that its later lines
     // are skipped without a lookup. Past kMaxUnknownBones names a new one is not remembered: each
     // of its lines counts as a warning again (beyond the kept ones by then).
@@ -546,7 +559,7 @@ OrvAmcReader::LineSlot OrvAmcReader::LookUpBone(std::string_view pName)
         lUnknown = mUnknownBones.insert(std::move(lName)).first;
         mDiagnostics.Warning(mLineNumber, [&] { return UnknownBoneText(pName); });
     }
-    return {std::string_view(*lUnknown), nullptr};
+    return {std::string_view(*lUnknown), nullptr, 0};
 }
 
 void OrvAmcReader::IndexBones(orvsdk::OrvAsfNode* pRoot)
@@ -558,9 +571,28 @@ void OrvAmcReader::IndexBones(orvsdk::OrvAsfNode* pRoot)
     {
         orvsdk::OrvAsfNode* lBone = lPending.back();
         lPending.pop_back();
-        mBones.emplace(std::string_view(lBone->mName), lBone);
+        const std::string_view lName(lBone->mName);
+        mBones.emplace(lName, LineSlot{lName, lBone, static_cast<int>(mBones.size())});
         for (int i = lBone->mChildren.GetCount() - 1; i >= 0; --i) lPending.push_back(lBone->mChildren[i]);
     }
+}
+
+void OrvAmcReader::StartPipeline(const OrvAmcReadSettings& pSettings)
+{
+    // Threads pay off from a few hundred frames on; the first frame, already sampled here, tells
+    // the frame size.
+    const unsigned lCores = std::max(std::thread::hardware_concurrency(), 1u);
+    const int lThreads = pSettings.mThreads > 0 ? pSettings.mThreads : static_cast<int>(lCores);
+    const uint64_t lFrameBytes = mBytesRead - mFirstFrameStart;
+    const bool lLong = mSize == 0 || (mSize > mFirstFrameStart && lFrameBytes > 0 &&
+                                      (mSize - mFirstFrameStart) / lFrameBytes >= kParallelFrames);
+    if (lThreads <= 1 || !lLong) return;
+    OrvAmcSampleFactors lFactors;
+    lFactors.mTranslationFactor = mTranslationFactor;
+    lFactors.mRotationFactor = mRotationFactor;
+    lFactors.mUseRotationOffset = pSettings.mUseRotationOffset;
+    lFactors.mUsePreRotation = pSettings.mUsePreRotation;
+    mPipeline = std::make_unique<OrvAmcSamplingPipeline>(lThreads, lFactors);
 }
 
 void OrvAmcReader::Fail(std::string pText)

@@ -1,12 +1,14 @@
 #ifndef ORVASF_AMC_ORVAMCREADER_H
 #define ORVASF_AMC_ORVAMCREADER_H
 
+#include "amc/OrvAmcSamplingPipeline.h"
 #include "orvsdk/host/io/OrvDiagnostics.h"
 #include "orvsdk/host/core/OrvTime.h"
 
 #include <cstdint>
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -33,6 +35,10 @@ struct OrvAmcReadSettings
     // messages and result, but the skeleton is only read, never sampled (no curves needed, none
     // touched); about six times faster than a run.
     bool mSampleValues = true;
+    // Threads that sample bone lines while the file is read on the calling thread: 1 samples on
+    // the calling thread; 0 takes one per core. The keys are the same whatever the count. Files
+    // of fewer than about 300 frames are always sampled on the calling thread.
+    int mThreads = 1;
     // Called now and then with the bytes consumed so far and the file size (0 when unknown).
     std::function<void(uint64_t pDone, uint64_t pTotal)> mProgress;
 };
@@ -111,6 +117,7 @@ private:
     {
         std::string_view mName;               // the bone's name, or the unknown name met there
         orvsdk::OrvAsfNode* mBone = nullptr;  // null for an unknown name
+        int mShare = 0;                       // which sampling thread keys the bone
     };
 
     OrvAmcReadResult ReadStream(std::FILE* pFile, uint64_t pSize, orvsdk::OrvAsfScene& pScene,
@@ -133,7 +140,8 @@ private:
     bool HandleBoneLine(std::string_view pName, std::string_view pRest, const OrvAmcReadSettings& pSettings);
     int ExpectedValueCount(const orvsdk::OrvAsfNode& pBone) const;
     void ReserveKeys() const;
-    orvsdk::OrvAsfNode* ResolveBone(std::string_view pName);
+    void StartPipeline(const OrvAmcReadSettings& pSettings);
+    LineSlot ResolveBone(std::string_view pName);
     LineSlot LookUpBone(std::string_view pName);
     void IndexBones(orvsdk::OrvAsfNode* pRoot);
     OrvAmcReadResult Refuse(std::string pText);
@@ -150,7 +158,7 @@ private:
     uint64_t mSize = 0;             // of the whole file; 0 when unknown
     uint64_t mFirstFrameStart = 0;  // bytes before the first frame's bone lines
 
-    std::unordered_map<std::string_view, orvsdk::OrvAsfNode*> mBones;
+    std::unordered_map<std::string_view, LineSlot> mBones;
     std::unordered_set<std::string> mUnknownBones;  // at most kMaxUnknownBones
     std::vector<LineSlot> mLinePrediction;  // the bone of each of the first lines of the last frame
     size_t mLineInFrame = 0;
@@ -161,6 +169,7 @@ private:
     orvsdk::OrvTime mFrameTime;
     double mTranslationFactor = 1.0;
     double mRotationFactor = 1.0;
+    std::unique_ptr<OrvAmcSamplingPipeline> mPipeline;  // while lines are sampled on other threads
     OrvAmcReadResult mResult;
 };
 

@@ -1,5 +1,6 @@
 #include "amc/OrvAmcWriter.h"
 
+#include "orvsdk/host/io/OrvNumberText.h"
 #include "orvsdk/host/math/OrvEuler.h"
 #include "orvsdk/host/scene/OrvNode.h"
 #include "orvsdk/skeleton/OrvAsfDof.h"
@@ -7,25 +8,18 @@
 #include "orvsdk/skeleton/OrvAsfScene.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"
 
-#include <charconv>
 #include <cstring>
 
 namespace orvasf {
 
 namespace {
 
+// Digits of every number written: enough for a float's value to survive the round trip.
+constexpr int kSignificantDigits = 9;
+
 using orvsdk::OrvAMatrix;
 using orvsdk::OrvNode;
 using orvsdk::OrvVector4;
-
-// pValue with nine significant digits, '.' as decimal point whatever the locale; never "-0".
-void AppendNumber(std::string& pText, double pValue)
-{
-    char lText[32];
-    const std::to_chars_result lResult =
-        std::to_chars(lText, lText + sizeof lText, pValue + 0.0, std::chars_format::general, 9);
-    pText.append(lText, lResult.ptr);
-}
 
 // The skeleton child of pNode whose name without name-space prefix is pName, as the export names
 // bones; null when there is none.
@@ -161,10 +155,10 @@ void OrvAmcWriter::PoseBone(size_t pIndex, orvsdk::OrvTime pTime, std::string& p
         {
             const int lAxis = orvsdk::DofAxis(lCode);
             lTranslation[lAxis] = lMove[lAxis];
-            AppendNumber(pText, lMove[lAxis] / mTranslationFactor);
+            orvsdk::OrvAppendGeneral(pText, lMove[lAxis] / mTranslationFactor, kSignificantDigits);
         }
         else
-            AppendNumber(pText, lAngles[SequenceIndex(lBone.mOrder, lCode)]);
+            orvsdk::OrvAppendGeneral(pText, lAngles[SequenceIndex(lBone.mOrder, lCode)], kSignificantDigits);
     }
     pText += '\n';
     const OrvVector4 lStart = lParentEnd + (lParentRotation * lBone.mFrame).MultT(lTranslation);

@@ -191,20 +191,23 @@ BENCHMARK(BM_ASFToORV)->Iterations(500)->Unit(benchmark::kMicrosecond);
 
 // --- The whole import ----------------------------------------------------------------------------
 
-// The import driver with its default settings: skeleton read, curves, the AMC file read and
-// sampled, the flush, the host nodes; what `orvasf import` does.
+// The import driver with its default settings but the number of sampling threads: skeleton read,
+// curves, the AMC file read and sampled, the flush, the host nodes; what `orvasf import` does.
+// Wall time, as the threads work side by side.
 void BM_WholeImport(benchmark::State& pState)
 {
     const MotionPair lPair = ImportPair();
     if (!PairReadable(pState, lPair)) return;
+    orvasf::OrvImportSettings lSettings;
+    lSettings.mThreads = static_cast<int>(pState.range(0));
     int64_t lFrames = 0;
     for (auto lIteration : pState)
-        lFrames += orvasf::OrvImportAsf(lPair.mSkeleton, lPair.mMotion, orvasf::OrvImportSettings()).mFrameCount;
+        lFrames += orvasf::OrvImportAsf(lPair.mSkeleton, lPair.mMotion, lSettings).mFrameCount;
     pState.SetItemsProcessed(lFrames);
     pState.SetBytesProcessed(pState.iterations() * static_cast<int64_t>(fs::file_size(lPair.mMotion)));
     pState.SetLabel("items = frames");
 }
-BENCHMARK(BM_WholeImport)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_WholeImport)->ArgName("threads")->Arg(1)->Arg(2)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 // --- Evaluation ----------------------------------------------------------------------------------
 

@@ -2,10 +2,12 @@
 # Prints how the whole import scales: the cost per frame at 1x, 4x and 16x the length of a
 # motion (its frames repeated with rising frame numbers), the cost per bone and frame with
 # generated skeletons of 31, 62 and 124 bones, and the peak resident memory of `orvasf import`
-# against the size of the key data it produces (one 8-byte time and one 4-byte value per key).
+# against the size of the key data it produces (one 8-byte time and one 4-byte value per key);
+# then the jobs users run (`pose` of every frame to CSV, `convert` to BVH) against the import, and
+# the whole-pose evaluation per frame.
 #
 # Usage: bench/scaling.sh [BUILD_DIR]   (default build/release, with the targets bench and orvasf
-# built). Times are CPU times, the best of several runs; the motion is the longest shared one
+# built). Times are CPU times (wall times for the jobs), the best of several runs; the motion is the longest shared one
 # (../shared/data) when present, else the bundled examples/walker.amc.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -74,11 +76,14 @@ with open(amc_path, 'w') as amc:
 EOF
 }
 
-# Best CPU time (ms) of the whole import of pSkeleton + pMotion over repeated runs.
+# Best time (ms) of the whole import of pSkeleton + pMotion over repeated runs, sampled on
+# pThreads threads (default 1): CPU time for one thread, wall time for more.
 import_ms() {
-  ORV_BENCH_SKELETON=$1 ORV_BENCH_MOTION=$2 "$bench" --benchmark_filter='^BM_WholeImport$' \
+  local threads=${3:-1} column=4
+  [ "$threads" = 1 ] || column=3
+  ORV_BENCH_SKELETON=$1 ORV_BENCH_MOTION=$2 "$bench" --benchmark_filter="^BM_WholeImport/threads:$threads/" \
     --benchmark_repetitions=5 --benchmark_format=csv 2>/dev/null |
-    awk -F, '/^"BM_WholeImport"/ { if (best == "" || $4 < best) best = $4 } END { print best }'
+    awk -F, -v c="$column" '/^"BM_WholeImport\/threads/ { if (best == "" || $c < best) best = $c } END { print best }'
 }
 
 frame_count() { grep -c -E '^[0-9]+[[:space:]]*$' "$1" || true; }
@@ -128,3 +133,43 @@ for file in "$motion" "$work/motion_x4.amc" "$work/motion_x16.amc"; do
   awk -v n="$(basename "$file")" -v k="$keys" -v p="$peak_kb" -v f="$fixed_kb" 'BEGIN {
     data = k * 12 / 1048576; printf "  %-22s %10d %12.1f %12.1f %16.2f\n", n, k, data, p / 1024, (p - f) / 1024 / data }'
 done
+
+# Best wall time (ms) of 5 runs of the tool with the given arguments.
+tool_ms() {
+  local best=""
+  for _ in 1 2 3 4 5; do
+    local start end
+    start=$(date +%s%N)
+    "$tool" "$@" > /dev/null 2>&1
+    end=$(date +%s%N)
+    local ms=$(( (end - start) / 1000000 ))
+    if [ -z "$best" ] || [ "$ms" -lt "$best" ]; then best=$ms; fi
+  done
+  echo "$best"
+}
+
+echo
+echo "Sampling threads ($(basename "$motion"), wall time for 2, CPU time for 1):"
+for threads in 1 2; do
+  ms=$(import_ms "$skeleton" "$motion" "$threads")
+  awk -v t="$threads" -v m="$ms" -v f="$(frame_count "$motion")" \
+    'BEGIN { printf "  %d thread(s) %10.2f ms %8.3f us/frame\n", t, m, m * 1000 / f }'
+done
+
+echo
+echo "Jobs against the import ($(basename "$motion") on $(basename "$skeleton"), wall time, best of 5):"
+frames=$(frame_count "$motion")
+import_wall=$(tool_ms import "$skeleton" --motion "$motion" --summary)
+printf '  %-34s %8s %10s %8s\n' job ms us/frame vs_import
+for job in "import --summary" "pose (every frame to CSV)" "convert (to BVH)"; do
+  case $job in
+    import*) ms=$import_wall ;;
+    pose*) ms=$(tool_ms pose "$skeleton" "$motion" -o "$work/pose.csv") ;;
+    convert*) ms=$(tool_ms convert "$skeleton" --motion "$motion" -o "$work/convert.bvh") ;;
+  esac
+  awk -v j="$job" -v m="$ms" -v f="$frames" -v i="$import_wall" \
+    'BEGIN { printf "  %-34s %8d %10.2f %7.2fx\n", j, m, m * 1000 / f, m / (i > 0 ? i : 1) }'
+done
+evaluator_ns=$("$bench" --benchmark_filter='^BM_PoseEvaluatorPerFrame$' --benchmark_repetitions=5 \
+  --benchmark_format=csv 2>/dev/null | awk -F, '/^"BM_PoseEvaluatorPerFrame"/ { if (best == "" || $4 < best) best = $4 } END { print best }')
+printf '  %-34s %8s %10.2f\n' "whole-pose evaluation (benchmark)" - "$(awk -v n="$evaluator_ns" 'BEGIN { print n / 1000 }')"

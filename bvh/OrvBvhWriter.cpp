@@ -1,31 +1,25 @@
 #include "bvh/OrvBvhWriter.h"
 
 #include "bvh/OrvBvhChannels.h"
+#include "orvsdk/host/io/OrvNumberText.h"
 #include "orvsdk/host/math/OrvAMatrix.h"
 #include "orvsdk/host/anim/OrvAnimCurveNode.h"
 #include "orvsdk/host/scene/OrvNode.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
 
 namespace orvasf {
 
 namespace {
 
+// Digits of every number written: enough for a float's value to survive the round trip.
+constexpr int kSignificantDigits = 9;
+
 using orvsdk::OrvNode;
 using orvsdk::OrvVector4;
 
 const char kEndSuffix[] = "_End";
-
-// pValue with nine significant digits, '.' as decimal point whatever the locale; never "-0".
-void AppendNumber(std::string& pLine, double pValue)
-{
-    char lText[32];
-    const std::to_chars_result lResult =
-        std::to_chars(lText, lText + sizeof lText, pValue + 0.0, std::chars_format::general, 9);
-    pLine.append(lText, lResult.ptr);
-}
 
 // The node's name as one token: blanks become '_'.
 std::string TokenName(const OrvNode* pNode)
@@ -168,7 +162,7 @@ void OrvBvhWriter::AppendFrame(const orvsdk::OrvPoseEvaluator& pEvaluator, orvsd
             const OrvVector4 lTranslation = pEvaluator.EvaluateLocalTranslation(lJoint.mEvaluatorIndex, pTime);
             for (int a = 0; a < 3; ++a)
             {
-                AppendNumber(pLine, lTranslation[a]);
+                orvsdk::OrvAppendGeneral(pLine, lTranslation[a], kSignificantDigits);
                 pLine += ' ';
             }
         }
@@ -176,7 +170,7 @@ void OrvBvhWriter::AppendFrame(const orvsdk::OrvPoseEvaluator& pEvaluator, orvsd
         const OrvVector4 lAngles = lLocal.GetR(lJoint.mOrder);
         for (int k = 2; k >= 0; --k)
         {
-            AppendNumber(pLine, lAngles[k]);
+            orvsdk::OrvAppendGeneral(pLine, lAngles[k], kSignificantDigits);
             pLine += ' ';
         }
     }

@@ -118,6 +118,7 @@ bool SampleMotion(const std::string& pAmcPath, const OrvImportSettings& pSetting
     lSettings.mUseRotationOffset = pSettings.mUseRotationOffset;
     lSettings.mUsePreRotation = pSettings.mUsePreRotation;
     lSettings.mProgress = pSettings.mProgress;
+    lSettings.mThreads = pSettings.mThreads;
     OrvAmcReader lReader;
     const OrvAmcReadResult lMotion = lReader.Read(pAmcPath.c_str(), *pResult.mSkeleton, lSettings);
     Append(pResult.mMessages, lMotion.mMessages);

@@ -44,6 +44,9 @@ struct OrvImportSettings
     // Called now and then while a motion file is read, with the bytes read and the file's size
     // (0 when unknown); may be empty.
     std::function<void(uint64_t pDone, uint64_t pTotal)> mProgress;
+    // Threads sampling an AMC motion beside the one reading it (0: one per core; 1: the calling
+    // thread alone). The keys are the same whatever the count.
+    int mThreads = 0;
 };
 
 // Wall-clock seconds of an import's steps.

@@ -155,6 +155,24 @@ TEST_F(HostAnimation, EvaluateInterpolatesLinearlyAndHoldsTheEndValues)
     EXPECT_EQ(6.0f, lCurve->Evaluate(OrvTime(1000)));
 }
 
+// Whatever the guess (stale, out of range, ahead of or behind the time) the hinted evaluation
+// gives Evaluate's value, and its updated hint is right for the next time in order.
+TEST_F(HostAnimation, EvaluationFromAnyHintMatchesTheSearch)
+{
+    OrvAnimCurve* lCurve = MakeCurve("rz");
+    for (int lKey = 0; lKey < 10; ++lKey) AddKey(lCurve, 100 * lKey, static_cast<float>(lKey * lKey) - 7.5f);
+    const int64_t lTimes[] = {-50, 0, 1, 99, 100, 150, 420, 899, 900, 901, 5000};
+    for (const int lGuess : {-3, 0, 1, 4, 9, 10, 11, 1000})
+        for (const int64_t lTime : lTimes)
+        {
+            int lHint = lGuess;
+            EXPECT_EQ(lCurve->Evaluate(OrvTime(lTime)), lCurve->EvaluateFromHint(OrvTime(lTime), lHint))
+                << "guess " << lGuess << ", time " << lTime;
+            int lNextHint = lHint;
+            EXPECT_EQ(lCurve->Evaluate(OrvTime(lTime + 50)), lCurve->EvaluateFromHint(OrvTime(lTime + 50), lNextHint));
+        }
+}
+
 TEST_F(HostAnimation, KeyRecordWithoutMemoryIsRefusedButOnCallerStorageNeedsNone)
 {
     OrvAnimCurve* lCurve = MakeCurve("tx");

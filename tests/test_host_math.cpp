@@ -95,6 +95,7 @@ TEST(HostAMatrix, RightAnglesAreExactAndValuesThatAreNoPlainOrderMeanXYZ)
         EXPECT_TRUE(MatricesNear(lXyz, lActual, kTolerance));
 }
 
+// GetR, and GetRotationAngles (its form for matrices that are rotations), rebuild the rotation.
 TEST(HostAMatrix, GetRRebuildsTheRotationForEveryOrder)
 {
     const double lOuter[] = {-180.0, -135.0, -90.0, -30.0, 0.0, 10.0, 45.0, 90.0, 120.0, 179.0, 180.0};
@@ -111,6 +112,9 @@ TEST(HostAMatrix, GetRRebuildsTheRotationForEveryOrder)
                     ASSERT_TRUE(MatricesNear(lExpected, RotationMatrix(lAngles, o), kTolerance)) << lCase;
                     for (int k : {0, 2}) EXPECT_TRUE(lAngles[k] > -180.0 && lAngles[k] <= 180.0) << lCase;
                     EXPECT_LE(std::fabs(lAngles[1]), 90.0) << lCase;
+                    const OrvVector4 lDirect = lExpected.GetRotationAngles(o);
+                    ASSERT_TRUE(MatricesNear(lExpected, RotationMatrix(lDirect, o), kTolerance)) << lCase;
+                    EXPECT_NEAR(lDirect[1], lAngles[1], 1e-9) << lCase;
                 }
 }
 
@@ -180,10 +184,11 @@ TEST(HostAMatrix, PreRotateAndMultREqualTheProductsTheyStandFor)
     lNaNStart(1, 2) = std::nan("");
     for (int lAxis = 0; lAxis < 3; ++lAxis) lExpectLikeProduct(lNaNStart, lAxis, 25.0);
 
-    // MultR: the rotation part of the product, to the last bit.
+    // MultR: the rotation part of the product; MultAffine: the whole product; to the last bit.
     for (const OrvAMatrix& lLeft : lStarts)
         for (const OrvAMatrix& lRight : lStarts)
         {
+            EXPECT_EQ(lLeft * lRight, lLeft.MultAffine(lRight));
             OrvAMatrix lExpected = lLeft * lRight;
             lExpected.SetT(OrvVector4());
             EXPECT_TRUE(MatricesNear(lExpected, lLeft.MultR(lRight)));

@@ -1,3 +1,4 @@
+#include "orvsdk/host/io/OrvNumberText.h"
 #include "orvsdk/host/io/OrvTextFile.h"
 
 #include "support/ScratchFiles.h"
@@ -5,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -285,4 +287,36 @@ TEST_F(HostTextFileWrite, NumbersUseADecimalPointUnderACommaLocale)
     lFile.Print(1, "%s %g %f\n", "length", 0.45, -1.5);
     ASSERT_TRUE(lFile.Close());
     EXPECT_EQ(testfiles::ReadFile(lTarget), "  length 0.45 -1.500000\n");
+}
+
+// The writers' number text is printf's "%.*g" and "%.*f" in the C locale (computed here by
+// snprintf, an independent formatter), but with '.' under any locale and no "-0".
+TEST(HostNumberText, MatchesPrintfInTheCLocaleWithoutNegativeZeroUnderAnyLocale)
+{
+    const double lValues[] = {0.0,     -0.0,      1.0,     -1.5,      0.1,         123456789.0, 1234567890.0,
+                              1e-5,    -1e-5,     2.5e-7,  -4.9e-5,   -5.1e-5,     180.0,       -179.99999999,
+                              1e300,   -1e-300,   16.9f,   0.00005,   -0.00004999, 3.14159265358979, 1e21};
+    CommaLocale lLocale;
+    for (const double lValue : lValues)
+        for (const int lDigits : {1, 4, 6, 9, 17})
+        {
+            char lExpected[400];
+            std::string lGeneral;
+            OrvAppendGeneral(lGeneral, lValue, lDigits);
+            std::string lFixed;
+            OrvAppendFixed(lFixed, lValue, lDigits);
+            {
+                const std::string lPrevious = std::setlocale(LC_NUMERIC, nullptr);
+                std::setlocale(LC_NUMERIC, "C");
+                std::snprintf(lExpected, sizeof lExpected, "%.*g", lDigits, lValue);
+                std::string lPrintfGeneral = lExpected;
+                std::snprintf(lExpected, sizeof lExpected, "%.*f", lDigits, lValue);
+                std::string lPrintfFixed = lExpected;
+                std::setlocale(LC_NUMERIC, lPrevious.c_str());
+                for (std::string* lText : {&lPrintfGeneral, &lPrintfFixed})
+                    if (lText->find_first_not_of("-0.") == std::string::npos && lText->front() == '-') lText->erase(0, 1);
+                EXPECT_EQ(lGeneral, lPrintfGeneral) << lValue << " with " << lDigits << " digits";
+                EXPECT_EQ(lFixed, lPrintfFixed) << lValue << " with " << lDigits << " decimals";
+            }
+        }
 }

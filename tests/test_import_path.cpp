@@ -218,6 +218,41 @@ class ImportRotationFilter : public ImportPath, public ::testing::WithParamInter
 {
 };
 
+// A left thumb of a real CMU skeleton, whose missing Y rotation decomposes to a half-turn that
+// rounding puts a hair to either side of -180/180, frame by frame:
+//
+//   root
+//   +-- wrist  ry, axis (-9.31221e-15, 90, 90)
+//       +-- thumb  rx rz, axis (-90, 45, -4.80359e-14)
+//
+// The key is 180 every time, so that the curve does not jump a full turn between frames.
+TEST(ImportPathHalfTurn, ADecomposedHalfTurnIsAlwaysKeyed180)
+{
+    const std::string lSkeleton =
+        ":version 1.10\n:name thumb\n:units\n  mass 1.0\n  length 2.54\n  angle deg\n"
+        ":root\n  order TX TY TZ RX RY RZ\n  axis XYZ\n  position 0 0 0\n  orientation 0 0 0\n:bonedata\n"
+        "  begin\n    id 1\n    name wrist\n    direction 1 0 0\n    length 1\n    axis -9.31221e-015 90 90 XYZ\n"
+        "    dof ry\n  end\n"
+        "  begin\n    id 2\n    name thumb\n    direction 0.707107 0 0.707107\n    length 1\n"
+        "    axis -90 45 -4.80359e-014 XYZ\n    dof rx rz\n  end\n"
+        ":hierarchy\n  begin\n    root wrist\n    wrist thumb\n  end\n";
+    const double lFrames[][2] = {{-168.473, 80.5226}, {-188.884, -154.645}, {-188.023, -153.87}, {-170.0, 10.0}};
+    OrvScenePtr lScene = CreateHostScene();
+    const std::unique_ptr<AsfRead> lRead = ReadAsfText(lSkeleton);
+    ASSERT_TRUE(lRead->mRead);
+    lRead->mScene.mRoot->CreateDataFromDOF(lScene.get());
+    OrvAsfNode* lThumb = lRead->mScene.mRoot->Find("thumb");
+    for (int lFrame = 0; lFrame < 4; ++lFrame)
+    {
+        double lValues[2] = {lFrames[lFrame][0], lFrames[lFrame][1]};
+        OrvTime lTime = OrvTime::FromFrame(lFrame, 120.0);
+        lThumb->AddSampleFromDOF(lValues, lTime, 1.0, 1.0, false, false);
+    }
+    const OrvAnimCurve& lY = *lThumb->mRotationCurve[1];
+    ASSERT_EQ(lY.KeyGetCount(), 4);
+    for (int lKey = 0; lKey < 4; ++lKey) EXPECT_EQ(lY.KeyGetValue(lKey), 180.0f) << "frame " << lKey;
+}
+
 // Keys chosen so that no filter, the gimbal killer, and the unroll in order X, Y, Z or in tip's
 // order (ry rz rx, Y then Z then X) all give different curves.
 TEST_P(ImportRotationFilter, TheSettingChoosesTheFilterAndUnrollTakesTheBonesOrder)

@@ -23,6 +23,13 @@ void AddKeys(OrvAnimCurve* const pCurves[3], const OrvVector4& pValues, OrvTime&
     }
 }
 
+// pDegrees (within [-180, 180]) moved to 180 when it would be stored as -180: decomposed angles
+// lie in (-180, 180], and a half-turn must not flip sign with the last bit of a rounding error.
+double HalfTurnAsPositive(double pDegrees)
+{
+    return static_cast<float>(pDegrees) == -180.0f ? pDegrees + 360.0 : pDegrees;
+}
+
 } // namespace
 
 void OrvAsfNode::StartSamplingData()
@@ -72,8 +79,8 @@ void OrvAsfNode::AddSampleFromDOF(double* pValues, OrvTime& pTime, double pTrans
         // GetR reads the rotation part only.
         lMotion = mParentAxisMatrixInverse.MultR(mAxisMatrix.MultR(lMotion));
         const int lOrder = EulerOrderFromOrderBuf(mDof, mDofCount);
-        const OrvVector4 lAngles = lMotion.GetR(lOrder);
-        for (int j = 0; j < 3; ++j) lDecomposed[OrvEuler::AxisTable[lOrder][j]] = lAngles[j];
+        const OrvVector4 lAngles = lMotion.GetRotationAngles(lOrder);
+        for (int j = 0; j < 3; ++j) lDecomposed[OrvEuler::AxisTable[lOrder][j]] = HalfTurnAsPositive(lAngles[j]);
     }
     const OrvVector4& lRotation = pUsePreRotation ? lAngleSum : lDecomposed;
 

@@ -1,27 +1,16 @@
 #include "tools/orvasf/PoseCsvWriter.h"
 
 #include "orvsdk/host/core/OrvTime.h"
+#include "orvsdk/host/io/OrvNumberText.h"
 #include "orvsdk/host/scene/OrvNode.h"
 #include "orvsdk/host/scene/OrvPoseEvaluator.h"
 #include "tools/orvasf/OutputText.h"
 
-#include <charconv>
-#include <cmath>
 #include <string>
 
 namespace orvasf::tool {
 
 namespace {
-
-// Appends pValue with four decimals; to_chars ignores the process locale. Values that round to
-// zero print as 0.0000, never -0.0000.
-void AppendFixed(std::string& pText, double pValue)
-{
-    if (std::fabs(pValue) < 0.00005) pValue = 0.0;
-    char lBuffer[64];
-    const auto lResult = std::to_chars(lBuffer, lBuffer + sizeof lBuffer, pValue, std::chars_format::fixed, 4);
-    pText.append(lBuffer, lResult.ptr);
-}
 
 // A CSV field: quoted when it holds a comma, a quote or a line break, quotes doubled.
 void AppendField(std::string& pText, const char* pField)
@@ -57,7 +46,7 @@ void FrameRows(const orvsdk::OrvPoseEvaluator& pEvaluator, int pFrame, double pF
         for (int i = 0; i < 3; ++i)
         {
             pRows += ',';
-            AppendFixed(pRows, pGlobals[lNode](i, 3));
+            orvsdk::OrvAppendFixed(pRows, pGlobals[lNode](i, 3), 4);
         }
         pRows += '\n';
     }

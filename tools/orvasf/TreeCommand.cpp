@@ -1,3 +1,4 @@
+#include "orvsdk/host/io/OrvNumberText.h"
 #include "orvsdk/skeleton/OrvAsfDof.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
@@ -15,8 +16,8 @@ namespace {
 std::string Bound(bool pActive, double pValue, const char* pUnbounded)
 {
     if (!pActive) return pUnbounded;
-    char lText[32];
-    std::snprintf(lText, sizeof lText, "%g", pValue);
+    std::string lText;
+    orvsdk::OrvAppendGeneral(lText, pValue, 6);
     return lText;
 }
 

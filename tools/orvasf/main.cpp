@@ -62,6 +62,9 @@ void AddImportFlags(CLI::App& pCommand, OrvImportSettings& pOptions)
         ->type_name("NAME");
     pCommand.add_flag("--reduce-keys", pOptions.mReduceKeys, "Run the constant-key reducer on the curves");
     pCommand.add_option("--take", pOptions.mTakeName, "Name of the animation stack")->capture_default_str();
+    pCommand.add_option("--threads", pOptions.mThreads, "Threads sampling an AMC motion (0: one per core)")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
 }
 
 CLI::App* AddCommand(CLI::App& pApp, const char* pName, const char* pDescription)

@@ -85,13 +85,34 @@ bool OrvAnimCurve::KeyRemove(int pIndex)
 float OrvAnimCurve::Evaluate(OrvTime pTime) const
 {
     if (mTimes.empty()) return 0.0f;
-    const size_t lAfter = static_cast<size_t>(std::upper_bound(mTimes.begin(), mTimes.end(), pTime) - mTimes.begin());
-    if (lAfter == 0) return mValues.front();
-    if (lAfter == mTimes.size()) return mValues.back();
-    const size_t lBefore = lAfter - 1;
-    const double lSpan = static_cast<double>(mTimes[lAfter].Get() - mTimes[lBefore].Get());
+    return Interpolate(pTime, static_cast<size_t>(std::upper_bound(mTimes.begin(), mTimes.end(), pTime) - mTimes.begin()));
+}
+
+float OrvAnimCurve::EvaluateFromHint(OrvTime pTime, int& pHint) const
+{
+    if (mTimes.empty()) return 0.0f;
+    const size_t lCount = mTimes.size();
+    // From the guess, step over at most two keys (playback in order); anything else searches.
+    size_t lAfter = static_cast<size_t>(pHint);
+    bool lFound = pHint >= 0 && lAfter <= lCount && (lAfter == 0 || !(pTime < mTimes[lAfter - 1]));
+    for (int lStep = 0; lFound && lAfter < lCount && !(pTime < mTimes[lAfter]); ++lStep, ++lAfter)
+        lFound = lStep < 2;
+    if (!lFound)
+        lAfter = static_cast<size_t>(std::upper_bound(mTimes.begin(), mTimes.end(), pTime) - mTimes.begin());
+    pHint = static_cast<int>(lAfter);
+    return Interpolate(pTime, lAfter);
+}
+
+float OrvAnimCurve::Interpolate(OrvTime pTime, size_t pAfter) const
+{
+    if (pAfter == 0) return mValues.front();
+    if (pAfter == mTimes.size()) return mValues.back();
+    const size_t lBefore = pAfter - 1;
+    // At a key's own time the blend below gives that key's value: skip its division.
+    if (pTime == mTimes[lBefore]) return mValues[lBefore];
+    const double lSpan = static_cast<double>(mTimes[pAfter].Get() - mTimes[lBefore].Get());
     const double lFraction = static_cast<double>(pTime.Get() - mTimes[lBefore].Get()) / lSpan;
-    const double lValue = mValues[lBefore] + (static_cast<double>(mValues[lAfter]) - mValues[lBefore]) * lFraction;
+    const double lValue = mValues[lBefore] + (static_cast<double>(mValues[pAfter]) - mValues[lBefore]) * lFraction;
     return static_cast<float>(lValue);
 }
 

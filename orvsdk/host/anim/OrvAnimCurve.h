@@ -57,12 +57,19 @@ public:
     // The value at pTime: linear between the two keys around it, the first key's value before
     // the first key, the last key's after the last, 0 without keys. Costs log(keys).
     virtual float Evaluate(OrvTime pTime) const;
+    // The same value as Evaluate, found from a guess: pHint is the index of the first key after
+    // the time asked last (any value is a valid guess) and is updated. Constant time when times
+    // rise by at most a key per call, as when frames are evaluated in order; log(keys) otherwise.
+    float EvaluateFromHint(OrvTime pTime, int& pHint) const;
 
 protected:
     friend class OrvScene;
     OrvAnimCurve(OrvScene& pScene, const char* pName) : OrvObject(pScene, pName) {}
 
 private:
+    // The value at pTime, where pAfter is the index of the first key later than pTime.
+    float Interpolate(OrvTime pTime, size_t pAfter) const;
+
     // Key i is (mTimes[i], mValues[i]); two arrays rather than one of pairs, so that a key takes
     // 12 bytes instead of a padded 16.
     std::vector<OrvTime> mTimes;  // sorted, unique

@@ -16,22 +16,32 @@ constexpr double kGimbalLockCosine = 1e-12;
 
 using Matrix3 = double[3][3];
 
-// Sine and cosine of an angle in degrees; exact at multiples of 90 degrees so that right
-// angles give clean matrices (and an exact gimbal lock).
-void SinCosDegrees(double pDegrees, double& pSin, double& pCos)
+// Sine and cosine of pDegrees when it is a whole multiple of 90 degrees (exact values, so that
+// right angles give clean matrices and an exact gimbal lock); false otherwise.
+bool RightAngleSinCos(double pDegrees, double& pSin, double& pCos)
 {
     // fmod returns an angle of less than a full turn unchanged, so the call is skipped for those.
     const double lReduced = std::fabs(pDegrees) < 360.0 ? pDegrees : std::fmod(pDegrees, 360.0);
-    // The quotient lies within (-4, 4) or is NaN; the cast tells a whole one without a call to floor.
+    if (!std::isfinite(lReduced)) return false;
+    // A whole number of quarters times the rounded 1/90 lies within an ulp of that number: the
+    // product tells most other angles apart without the division below.
+    const double lApproximate = lReduced * (1.0 / 90.0);
+    const double lNearest = static_cast<double>(static_cast<int>(lApproximate + (lApproximate < 0.0 ? -0.5 : 0.5)));
+    if (std::fabs(lApproximate - lNearest) > 1e-9) return false;
+    // The quotient lies within (-4, 4); the cast tells a whole one without a call to floor.
     const double lQuarters = lReduced / 90.0;
-    if (std::isfinite(lQuarters) && static_cast<double>(static_cast<int>(lQuarters)) == lQuarters)
-    {
-        static const double sSin[4] = {0.0, 1.0, 0.0, -1.0};
-        const int lQuarter = (static_cast<int>(lQuarters) + 4) % 4;
-        pSin = sSin[lQuarter];
-        pCos = sSin[(lQuarter + 1) % 4];
-        return;
-    }
+    if (!std::isfinite(lQuarters) || static_cast<double>(static_cast<int>(lQuarters)) != lQuarters) return false;
+    static const double sSin[4] = {0.0, 1.0, 0.0, -1.0};
+    const int lQuarter = (static_cast<int>(lQuarters) + 4) % 4;
+    pSin = sSin[lQuarter];
+    pCos = sSin[(lQuarter + 1) % 4];
+    return true;
+}
+
+// Sine and cosine of an angle in degrees; exact at multiples of 90 degrees.
+void SinCosDegrees(double pDegrees, double& pSin, double& pCos)
+{
+    if (RightAngleSinCos(pDegrees, pSin, pCos)) return;
     pSin = std::sin(pDegrees * kDegreesToRadians);
     pCos = std::cos(pDegrees * kDegreesToRadians);
 }
@@ -54,17 +64,17 @@ void AxisRotation(int pAxis, double pDegrees, Matrix3& pResult)
 }
 
 // Makes the first pColumns columns of pRows R * pRows, R the rotation by pDegrees about axis
-// pAxis: R leaves row pAxis alone and mixes the other two, so only their entries are computed.
+// Axis: R leaves row Axis alone and mixes the other two, so only their entries are computed.
 // For finite entries each is the value the full product gives (its other terms are exact
 // zeros), but for the sign of a zero.
-template <typename TRows>
-void PreRotateRows(int pAxis, double pDegrees, TRows& pRows, int pColumns)
+template <int Axis, typename TRows>
+void PreRotateRowsAbout(double pDegrees, TRows& pRows, int pColumns)
 {
     double lSin = 0.0;
     double lCos = 1.0;
     SinCosDegrees(pDegrees, lSin, lCos);
-    const int j = (pAxis + 1) % 3;
-    const int k = (pAxis + 2) % 3;
+    constexpr int j = (Axis + 1) % 3;
+    constexpr int k = (Axis + 2) % 3;
     for (int lColumn = 0; lColumn < pColumns; ++lColumn)
     {
         const double lJ = pRows[j][lColumn];
@@ -72,6 +82,27 @@ void PreRotateRows(int pAxis, double pDegrees, TRows& pRows, int pColumns)
         pRows[j][lColumn] = lCos * lJ - lSin * lK;
         pRows[k][lColumn] = lSin * lJ + lCos * lK;
     }
+}
+
+template <typename TRows>
+void PreRotateRows(int pAxis, double pDegrees, TRows& pRows, int pColumns)
+{
+    if (pAxis == 0)
+        PreRotateRowsAbout<0>(pDegrees, pRows, pColumns);
+    else if (pAxis == 1)
+        PreRotateRowsAbout<1>(pDegrees, pRows, pColumns);
+    else
+        PreRotateRowsAbout<2>(pDegrees, pRows, pColumns);
+}
+
+// The rotation of finite angles pAngles taken about axes I, J, K in turn, built directly: the
+// first axis's rotation, then the other two applied two rows at a time.
+template <int I, int J, int K>
+void BuildRotation(const OrvVector4& pAngles, Matrix3& pResult)
+{
+    AxisRotation(I, pAngles[0], pResult);
+    PreRotateRowsAbout<J>(pAngles[1], pResult, 3);
+    PreRotateRowsAbout<K>(pAngles[2], pResult, 3);
 }
 
 void Multiply3(const Matrix3& pLeft, const Matrix3& pRight, Matrix3& pResult)
@@ -105,6 +136,44 @@ bool AllFinite(const double (&pData)[4][4])
     return std::isfinite(lColumnSums[0] + lColumnSums[1] + lColumnSums[2] + lColumnSums[3]);
 }
 
+// The angles of rotation pM in pOrder's sequence (see GetR). With i, j, k the order's axes and
+// M = R_k(g) R_j(b) R_i(a), s is +1 when (i, j, k) is a cyclic permutation of (X, Y, Z) and -1
+// otherwise. Column i of M is R_k(g) applied to (cos b, 0, -s sin b) in the (i, j, k) frame,
+// which gives b and g. Undoing R_k(g) leaves N = R_j(b) R_i(a), whose row j is
+// (0, cos a, -s sin a); reading a from N rather than from M keeps the three angles consistent
+// near gimbal lock, where g is set to 0. pSinCosFromEntries takes g's sine and cosine from
+// column i (exact for a rotation) instead of from g itself, but for right angles.
+OrvVector4 RotationAngles(const Matrix3& pM, int pOrder, bool pSinCosFromEntries)
+{
+    const int* lAxes = OrvEuler::AxisTable[ValidOrder(pOrder)];
+    const int i = lAxes[0];
+    const int j = lAxes[1];
+    const int k = lAxes[2];
+    const double lSign = (j == (i + 1) % 3) ? 1.0 : -1.0;
+
+    // g is computed before the gimbal-lock test needs b: the two arc tangents then overlap.
+    const double lFreeG = AngleDegrees(lSign * pM[j][i], pM[i][i]);
+    const double lCosB = std::hypot(pM[i][i], pM[j][i]);
+    const double lB = AngleDegrees(-lSign * pM[k][i], lCosB);
+    const double lG = lCosB < kGimbalLockCosine ? 0.0 : lFreeG;
+
+    double lSinG = 0.0;
+    double lCosG = 1.0;
+    if (!pSinCosFromEntries)
+    {
+        SinCosDegrees(lG, lSinG, lCosG);
+    }
+    else if (!RightAngleSinCos(lG, lSinG, lCosG))
+    {
+        lSinG = lSign * pM[j][i] / lCosB;
+        lCosG = pM[i][i] / lCosB;
+    }
+    const double lNjj = -lSign * lSinG * pM[i][j] + lCosG * pM[j][j];
+    const double lNjk = -lSign * lSinG * pM[i][k] + lCosG * pM[j][k];
+    const double lA = AngleDegrees(-lSign * lNjk, lNjj);
+    return OrvVector4(lA, lB, lG, 0.0);
+}
+
 } // namespace
 
 void OrvAMatrix::SetIdentity()
@@ -125,13 +194,19 @@ void OrvAMatrix::SetT(const OrvVector4& pTranslation)
 
 void OrvAMatrix::SetR(const OrvVector4& pAngles, int pOrder)
 {
-    const int* lAxes = OrvEuler::AxisTable[ValidOrder(pOrder)];
+    const int lOrder = ValidOrder(pOrder);
+    const int* lAxes = OrvEuler::AxisTable[lOrder];
     Matrix3 lRotation;
-    AxisRotation(lAxes[0], pAngles[0], lRotation);
     // Finite angles: the rotation is built directly, one axis after the other, two rows at a
     // time. A non-finite angle spreads through the full products' zero terms: keep those.
     const bool lFinite = std::isfinite(pAngles[0]) && std::isfinite(pAngles[1]) && std::isfinite(pAngles[2]);
-    for (int lStep = 1; lStep < 3 && lFinite; ++lStep) PreRotateRows(lAxes[lStep], pAngles[lStep], lRotation, 3);
+    using Builder = void (*)(const OrvVector4&, Matrix3&);
+    static constexpr Builder sBuilders[6] = {BuildRotation<0, 1, 2>, BuildRotation<0, 2, 1>, BuildRotation<1, 2, 0>,
+                                             BuildRotation<1, 0, 2>, BuildRotation<2, 0, 1>, BuildRotation<2, 1, 0>};
+    if (lFinite)
+        sBuilders[lOrder](pAngles, lRotation);
+    else
+        AxisRotation(lAxes[0], pAngles[0], lRotation);
     for (int lStep = 1; lStep < 3 && !lFinite; ++lStep)
     {
         Matrix3 lAxisRotation;
@@ -151,19 +226,8 @@ void OrvAMatrix::SetRInOrder(const OrvVector4& pXyzAngles, int pOrder)
     SetR(OrvVector4(pXyzAngles[lAxes[0]], pXyzAngles[lAxes[1]], pXyzAngles[lAxes[2]]), pOrder);
 }
 
-// With i, j, k the order's axes and M = R_k(g) R_j(b) R_i(a), s is +1 when (i, j, k) is a
-// cyclic permutation of (X, Y, Z) and -1 otherwise. Column i of M is R_k(g) applied to
-// (cos b, 0, -s sin b) in the (i, j, k) frame, which gives b and g. Undoing R_k(g) leaves
-// N = R_j(b) R_i(a), whose row j is (0, cos a, -s sin a); reading a from N rather than from M
-// keeps the three angles consistent near gimbal lock, where g is set to 0.
 OrvVector4 OrvAMatrix::GetR(int pOrder) const
 {
-    const int* lAxes = OrvEuler::AxisTable[ValidOrder(pOrder)];
-    const int i = lAxes[0];
-    const int j = lAxes[1];
-    const int k = lAxes[2];
-    const double lSign = (j == (i + 1) % 3) ? 1.0 : -1.0;
-
     Matrix3 lM;
     for (int lColumn = 0; lColumn < 3; ++lColumn)
     {
@@ -171,20 +235,15 @@ OrvVector4 OrvAMatrix::GetR(int pOrder) const
         const double lFactor = lLength > 0.0 ? 1.0 / lLength : 1.0;
         for (int lRow = 0; lRow < 3; ++lRow) lM[lRow][lColumn] = mData[lRow][lColumn] * lFactor;
     }
+    return RotationAngles(lM, pOrder, false);
+}
 
-    // g is computed before the gimbal-lock test needs b: the two arc tangents then overlap.
-    const double lFreeG = AngleDegrees(lSign * lM[j][i], lM[i][i]);
-    const double lCosB = std::hypot(lM[i][i], lM[j][i]);
-    const double lB = AngleDegrees(-lSign * lM[k][i], lCosB);
-    const double lG = lCosB < kGimbalLockCosine ? 0.0 : lFreeG;
-
-    double lSinG = 0.0;
-    double lCosG = 1.0;
-    SinCosDegrees(lG, lSinG, lCosG);
-    const double lNjj = -lSign * lSinG * lM[i][j] + lCosG * lM[j][j];
-    const double lNjk = -lSign * lSinG * lM[i][k] + lCosG * lM[j][k];
-    const double lA = AngleDegrees(-lSign * lNjk, lNjj);
-    return OrvVector4(lA, lB, lG, 0.0);
+OrvVector4 OrvAMatrix::GetRotationAngles(int pOrder) const
+{
+    Matrix3 lM;
+    for (int lRow = 0; lRow < 3; ++lRow)
+        for (int lColumn = 0; lColumn < 3; ++lColumn) lM[lRow][lColumn] = mData[lRow][lColumn];
+    return RotationAngles(lM, pOrder, true);
 }
 
 void OrvAMatrix::SetS(const OrvVector4& pScale)
@@ -230,6 +289,22 @@ OrvAMatrix OrvAMatrix::MultR(const OrvAMatrix& pOther) const
             lProduct.mData[lRow][lColumn] =
                 mData[lRow][0] * pOther.mData[0][lColumn] + mData[lRow][1] * pOther.mData[1][lColumn] +
                 mData[lRow][2] * pOther.mData[2][lColumn] + mData[lRow][3] * pOther.mData[3][lColumn];
+    return lProduct;
+}
+
+OrvAMatrix OrvAMatrix::MultAffine(const OrvAMatrix& pOther) const
+{
+    // operator*'s terms in its order, less those that multiply by the zeros of the last rows.
+    OrvAMatrix lProduct;
+    for (int lRow = 0; lRow < 3; ++lRow)
+    {
+        const double* lLeft = mData[lRow];
+        for (int lColumn = 0; lColumn < 3; ++lColumn)
+            lProduct.mData[lRow][lColumn] = lLeft[0] * pOther.mData[0][lColumn] + lLeft[1] * pOther.mData[1][lColumn] +
+                                            lLeft[2] * pOther.mData[2][lColumn];
+        lProduct.mData[lRow][3] = lLeft[0] * pOther.mData[0][3] + lLeft[1] * pOther.mData[1][3] +
+                                  lLeft[2] * pOther.mData[2][3] + lLeft[3];
+    }
     return lProduct;
 }
 

@@ -42,6 +42,10 @@ public:
     // Columns are normalised first, so a scaled matrix yields its rotation's angles. W is 0.
     OrvVector4 GetR(int pOrder) const;
     OrvVector4 GetR() const { return GetR(0); }
+    // GetR for a 3x3 part that is a rotation (a product of rotations, within rounding): no
+    // normalisation, and the third angle's sine and cosine taken from the entries rather than
+    // computed from the angle. Cheaper; agrees with GetR within a few units in the last place.
+    OrvVector4 GetRotationAngles(int pOrder) const;
 
     // Makes the 3x3 part a diagonal scaling by X, Y, Z of pScale; the translation is kept.
     void SetS(const OrvVector4& pScale);
@@ -59,6 +63,11 @@ public:
     // of the full product (a zero entry may differ in sign only) and whose translation is zero.
     // Costs 36 products instead of 64; for callers that read only the rotation (GetR).
     OrvAMatrix MultR(const OrvAMatrix& pOther) const;
+
+    // *this * pOther for two affine matrices (last row 0, 0, 0, 1): the same values as operator*
+    // when every entry is finite (a zero entry may differ in sign only), for 36 products
+    // instead of 64. For chains of transforms evaluated per frame.
+    OrvAMatrix MultAffine(const OrvAMatrix& pOther) const;
 
     // The point pPoint (X, Y, Z; W is ignored and kept) transformed by this matrix. Inline: the
     // sampling of every bone and frame calls it.
