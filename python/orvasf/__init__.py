@@ -63,17 +63,18 @@ def _finish(result):
 def read_asf(path):
     """Reads an ASF skeleton file and returns its Skeleton (raises ReadError when refused)."""
     return _finish(_import_asf(_path(path, "path"), "", 120.0, False, False, False, False, "none", False,
-                               "Take 001")).skeleton
+                               "Take 001", 1)).skeleton
 
 
 def read_amc(path, skeleton, fps=120.0, *, remove_dummy=False, rotation_offset=False, pre_rotation=False,
-             limits=False, rotation_filter="none", reduce_keys=False, take="Take 001"):
+             limits=False, rotation_filter="none", reduce_keys=False, take="Take 001", threads=0):
     """Reads an AMC motion for ``skeleton`` (a Skeleton from read_asf) and returns its Motion.
 
     The settings are the orvasf tool's import flags: fps (frames per second, default 120),
     remove_dummy (drop the bones without DOFs), rotation_offset and pre_rotation (where each
     bone's rest pose is kept; world positions agree either way), limits, rotation_filter
-    ("none", "gimbal" or "unroll"), reduce_keys, take (the animation take's name). The
+    ("none", "gimbal" or "unroll"), reduce_keys, take (the animation take's name), threads
+    (threads sampling the motion while it is read; 0: one per core; the result is the same). The
     skeleton's ASF file is read again with them, so skeleton and motion always agree. Raises
     ReadError when a file is refused.
     """
@@ -82,7 +83,7 @@ def read_amc(path, skeleton, fps=120.0, *, remove_dummy=False, rotation_offset=F
     if not skeleton.path:
         raise ValueError("an AMC motion needs a skeleton read from an ASF file, not from BVH")
     return _finish(_import_asf(skeleton.path, _path(path, "path"), fps, remove_dummy, rotation_offset,
-                               pre_rotation, limits, rotation_filter, reduce_keys, take))
+                               pre_rotation, limits, rotation_filter, reduce_keys, take, threads))
 
 
 def read_bvh(path, *, take="Take 001"):
@@ -91,11 +92,11 @@ def read_bvh(path, *, take="Take 001"):
 
 
 def load(asf, amc=None, fps=120.0, *, remove_dummy=False, rotation_offset=False, pre_rotation=False,
-         limits=False, rotation_filter="none", reduce_keys=False, take="Take 001"):
+         limits=False, rotation_filter="none", reduce_keys=False, take="Take 001", threads=0):
     """Reads an ASF skeleton and, when given, its AMC motion, and returns the Motion.
 
     Without ``amc`` the Motion has one frame, the rest pose. Settings as for read_amc.
     """
     amc_path = "" if amc is None else _path(amc, "amc")
     return _finish(_import_asf(_path(asf, "asf"), amc_path, fps, remove_dummy, rotation_offset, pre_rotation,
-                               limits, rotation_filter, reduce_keys, take))
+                               limits, rotation_filter, reduce_keys, take, threads))

@@ -295,9 +295,10 @@ OrvRotationFilter FilterNamed(const std::string& pName)
 
 py::tuple ImportAsf(const std::string& pAsf, const std::string& pAmc, double pFps, bool pRemoveDummy,
                     bool pRotationOffset, bool pPreRotation, bool pLimits, const std::string& pRotationFilter,
-                    bool pReduceKeys, const std::string& pTake)
+                    bool pReduceKeys, const std::string& pTake, int pThreads)
 {
     if (!(pFps > 0.0) || !std::isfinite(pFps)) throw py::value_error("fps must be a finite number above 0");
+    if (pThreads < 0) throw py::value_error("threads must be 0 (one per core) or more");
     OrvImportSettings lSettings;
     lSettings.mFramesPerSecond = pFps;
     lSettings.mRemoveDummy = pRemoveDummy;
@@ -307,6 +308,7 @@ py::tuple ImportAsf(const std::string& pAsf, const std::string& pAmc, double pFp
     lSettings.mRotationFilter = FilterNamed(pRotationFilter);
     lSettings.mReduceKeys = pReduceKeys;
     lSettings.mTakeName = pTake;
+    lSettings.mThreads = pThreads;
     return Import(pAsf, [&] { return OrvImportAsf(pAsf, pAmc, lSettings); });
 }
 
@@ -395,6 +397,6 @@ PYBIND11_MODULE(_orvasf, pModule)
 
     pModule.def("_import_asf", &ImportAsf, py::arg("asf"), py::arg("amc"), py::arg("fps"), py::arg("remove_dummy"),
                 py::arg("rotation_offset"), py::arg("pre_rotation"), py::arg("limits"), py::arg("rotation_filter"),
-                py::arg("reduce_keys"), py::arg("take"));
+                py::arg("reduce_keys"), py::arg("take"), py::arg("threads"));
     pModule.def("_import_bvh", &ImportBvh, py::arg("path"), py::arg("take"));
 }

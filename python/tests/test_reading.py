@@ -12,7 +12,7 @@ import numpy as np
 import pytest
 
 import orvasf
-from conftest import SAMPLE_AMC, SAMPLE_ASF, SOURCE_DIR
+from conftest import SAMPLE_AMC, SAMPLE_ASF, SOURCE_DIR, needs_shared_data, shared_pair
 
 
 @pytest.fixture(scope="module")
@@ -120,6 +120,7 @@ def test_euler_angles_and_quaternions_describe_the_local_rotation_matrices(walk)
     (lambda m: orvasf.load(SAMPLE_ASF, SAMPLE_AMC, fps=float("nan")), ValueError, "fps"),
     (lambda m: orvasf.load(SAMPLE_ASF, SAMPLE_AMC, fps="fast"), TypeError, "incompatible"),
     (lambda m: orvasf.load(SAMPLE_ASF, SAMPLE_AMC, rotation_filter="smooth"), ValueError, "rotation_filter"),
+    (lambda m: orvasf.load(SAMPLE_ASF, SAMPLE_AMC, threads=-1), ValueError, "threads"),
     (lambda m: orvasf.load(SAMPLE_ASF, SAMPLE_AMC, turbo=True), TypeError, "turbo"),
     (lambda m: m.positions(unit="km"), ValueError, "unit"),
     (lambda m: m.local_rotations(kind="axis-angle"), ValueError, "kind"),
@@ -262,6 +263,14 @@ def test_the_fuzz_seeds_read_through_every_entry_point_without_crashing(tmp_path
             attempt(orvasf.load, tmp_path / "s.asf" if motion else SAMPLE_ASF, tmp_path / "m.amc", flags=flags)
             attempt(orvasf.read_bvh, tmp_path / "t.bvh")
     assert outcomes["read"] > 0 and outcomes["refused"] > 0
+
+
+@needs_shared_data
+def test_sampling_threads_give_the_positions_of_one_thread():
+    # 471 frames: long enough for the reader to hand frames to sampling threads.
+    files = shared_pair("cmu_16", "cmu_16_15")
+    alone = orvasf.load(*files, threads=1).positions()
+    assert np.array_equal(orvasf.load(*files, threads=2).positions(), alone)
 
 
 def test_threads_read_side_by_side_with_the_results_of_one_thread(tmp_path):
