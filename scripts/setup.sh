@@ -9,6 +9,8 @@ packages=(cmake g++ make libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev
 packages+=(time)
 # gcovr reports line coverage in scripts/coverage.sh.
 packages+=(gcovr)
+# doxygen builds the API reference (the docs target); pkgconf checks the installed orvsdk.pc.
+packages+=(doxygen pkgconf)
 # The orvasf Python package (python/) is built with pybind11 against Debian's Python and NumPy;
 # pytest runs its tests.
 packages+=(python3-dev python3-numpy pybind11-dev python3-pytest)

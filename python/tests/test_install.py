@@ -21,8 +21,8 @@ def test_installed_package_lies_on_the_interpreters_path_and_imports(tmp_path):
     if prefix != "/usr/local":
         pytest.skip(f"install prefix {prefix} is not the default, whose folder the interpreter searches")
     assert str(pathlib.Path(prefix) / site) in sys.path
-    subprocess.run([cmake, "--install", build], env=dict(os.environ, DESTDIR=str(tmp_path)), check=True,
-                   capture_output=True)
+    subprocess.run([cmake, "--install", build, "--component", "python"], env=dict(os.environ, DESTDIR=str(tmp_path)),
+                   check=True, capture_output=True)
     installed = tmp_path / prefix.lstrip("/") / site
     run = subprocess.run([sys.executable, "-c", "import orvasf; print(orvasf.__file__, orvasf.__version__)"],
                          cwd=tmp_path, env=dict(os.environ, PYTHONPATH=str(installed)), capture_output=True,
