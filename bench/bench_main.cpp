@@ -252,6 +252,28 @@ void BM_PoseEvaluatorPerFrame(benchmark::State& pState)
 }
 BENCHMARK(BM_PoseEvaluatorPerFrame);
 
+// What the Python package's load + positions() costs without Python: the whole import, then the
+// world position of every node at every frame into one block of memory.
+void BM_ImportAndPositions(benchmark::State& pState)
+{
+    const MotionPair lPair = ImportPair();
+    if (!PairReadable(pState, lPair)) return;
+    int64_t lFrames = 0;
+    for (auto lIteration : pState)
+    {
+        const orvasf::OrvImportResult lImport =
+            orvasf::OrvImportAsf(lPair.mSkeleton, lPair.mMotion, orvasf::OrvImportSettings());
+        const orvsdk::OrvPoseEvaluator lEvaluator(lImport.mRoot, lImport.mTake);
+        std::vector<double> lPositions(3 * static_cast<size_t>(lEvaluator.GetNodeCount() * lImport.mFrameCount));
+        lEvaluator.EvaluatePositionFrames(0, lImport.mFrameCount, lImport.mFramesPerSecond, lPositions.data());
+        benchmark::DoNotOptimize(lPositions.data());
+        lFrames += lImport.mFrameCount;
+    }
+    pState.SetItemsProcessed(lFrames);
+    pState.SetLabel("items = frames");
+}
+BENCHMARK(BM_ImportAndPositions)->Unit(benchmark::kMillisecond);
+
 } // namespace
 
 int main(int pArgc, char** pArgv)

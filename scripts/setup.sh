@@ -11,6 +11,9 @@ packages+=(time)
 packages+=(gcovr)
 # doxygen builds the API reference (the docs target); pkgconf checks the installed orvsdk.pc.
 packages+=(doxygen pkgconf)
+# The orvasf Python package (python/) is built with pybind11 against Debian's Python and NumPy;
+# pytest runs its tests.
+packages+=(python3-dev python3-numpy pybind11-dev python3-pytest)
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

@@ -1,20 +1,15 @@
 #include "tools/orvasf/ConvertCommand.h"
 
-#include "amc/OrvAmcWriter.h"
-#include "bvh/OrvBvhWriter.h"
-#include "orvsdk/skeleton/OrvAsfScene.h"
+#include "driver/OrvExportDriver.h"
 #include "tools/orvasf/ExitStatus.h"
 #include "tools/orvasf/MessagePrinter.h"
 #include "tools/orvasf/ToolImport.h"
-#include "tools/orvasf/SkeletonFile.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <cctype>
-#include <cstdint>
 #include <filesystem>
-#include <limits>
 
 namespace orvasf::tool {
 
@@ -51,51 +46,6 @@ std::string UsageProblem(const ConvertCommandOptions& pOptions, EFormat pInput, 
     return std::string();
 }
 
-// Frames to write: the motion's span (at most the writers' int range), or the rest pose alone
-// without a motion.
-int FramesToWrite(const OrvImportResult& pImport)
-{
-    if (pImport.mFrameSpan <= 0) return 1;
-    return static_cast<int>(std::min<int64_t>(pImport.mFrameSpan, std::numeric_limits<int>::max()));
-}
-
-bool WriteBvh(const std::string& pPath, const OrvImportResult& pImport)
-{
-    OrvBvhWriteSettings lSettings;
-    lSettings.mFramesPerSecond = pImport.mFramesPerSecond;
-    lSettings.mFrameCount = FramesToWrite(pImport);
-    OrvBvhWriter lWriter;
-    const bool lWritten = lWriter.Write(pPath.c_str(), pImport.mRoot, lSettings);
-    PrintMessages(lWriter.GetFile().GetMessages());
-    return lWritten;
-}
-
-// Exports the imported skeleton as ASF and, when it has motion, writes the motion as AMC.
-bool WriteAsfAmc(const std::string& pAsfPath, const std::string& pAmcPath, const OrvImportResult& pImport)
-{
-    // Where the rest offsets sit in the rotation offsets (rest rotations then sit in
-    // pre-rotations or in the animated rotation, both of which the export handles), the export
-    // leaves the local transform, and with it every frame's motion, out of the rest pose. A lone
-    // frame survives an import only as the rest pose (the sampler keeps no curve of a single
-    // key), so it is exported as the rest pose itself.
-    const int lFrames = FramesToWrite(pImport);
-    const bool lUseLocalTransform = !pImport.mRestInRotationOffsets || lFrames == 1;
-    orvsdk::OrvAsfScene lExported;
-    lExported.ORVToASF(pImport.mRoot, pImport.mJointTranslation, orvsdk::OrvVector4(1.0, 1.0, 1.0),
-                       lUseLocalTransform);
-    if (!WriteSkeleton(pAsfPath, lExported)) return false;
-    if (!pImport.mHasMotion) return true;
-
-    OrvAmcWriteSettings lSettings;
-    lSettings.mFramesPerSecond = pImport.mFramesPerSecond;
-    lSettings.mFrameCount = lFrames;
-    lSettings.mSkeletonFileName = std::filesystem::path(pAsfPath).filename().string();
-    OrvAmcWriter lWriter;
-    const bool lWritten = lWriter.Write(pAmcPath.c_str(), lExported, pImport.mRoot, lSettings);
-    PrintMessages(lWriter.GetFile().GetMessages());
-    return lWritten;
-}
-
 } // namespace
 
 void AddConvertOptions(CLI::App& pCommand, ConvertCommandOptions& pOptions)
@@ -125,11 +75,20 @@ int RunConvert(const ConvertCommandOptions& pOptions)
     const OrvImportResult lImport = ImportFiles(pOptions.mImport, lInput == EFormat::eBvh);
     if (!lImport.mSucceeded) return eInputRefused;
 
-    if (lOutput == EFormat::eBvh) return WriteBvh(pOptions.mOutputPath, lImport) ? eSuccess : eOutputFailed;
-    const std::string lAmcPath = !pOptions.mMotionOutputPath.empty()
-                                     ? pOptions.mMotionOutputPath
-                                     : std::filesystem::path(pOptions.mOutputPath).replace_extension(".amc").string();
-    return WriteAsfAmc(pOptions.mOutputPath, lAmcPath, lImport) ? eSuccess : eOutputFailed;
+    std::vector<orvsdk::OrvMessage> lMessages;
+    bool lWritten = false;
+    if (lOutput == EFormat::eBvh)
+        lWritten = OrvWriteBvh(pOptions.mOutputPath, lImport, OrvAllFrames(lImport), lMessages);
+    else
+    {
+        const std::string lAmcPath =
+            !pOptions.mMotionOutputPath.empty()
+                ? pOptions.mMotionOutputPath
+                : std::filesystem::path(pOptions.mOutputPath).replace_extension(".amc").string();
+        lWritten = OrvWriteAsfAmc(pOptions.mOutputPath, lAmcPath, lImport, OrvAllFrames(lImport), lMessages);
+    }
+    PrintMessages(lMessages);
+    return lWritten ? eSuccess : eOutputFailed;
 }
 
 } // namespace orvasf::tool

@@ -4,6 +4,7 @@
 #include "orvsdk/skeleton/OrvAsfDof.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
+#include "driver/OrvExportDriver.h"
 #include "driver/OrvImportDriver.h"
 #include "tools/orvasf/MessagePrinter.h"
 
@@ -20,13 +21,9 @@ bool ReadSkeleton(const std::string& pPath, orvsdk::OrvAsfScene& pScene)
 
 bool WriteSkeleton(const std::string& pPath, orvsdk::OrvAsfScene& pScene)
 {
-    orvsdk::OrvFileAcclaimAsf lFile(false);
-    bool lWritten = lFile.Create(pPath.c_str());
-    if (lWritten) lWritten = lFile.Write(&pScene);
-    // Close commits the text only when every write succeeded; it must run either way so that
-    // a failed write removes its temporary file.
-    lWritten = lFile.Close() && lWritten;
-    PrintMessages(lFile.GetMessages());
+    std::vector<orvsdk::OrvMessage> lMessages;
+    const bool lWritten = OrvWriteSkeleton(pPath, pScene, lMessages);
+    PrintMessages(lMessages);
     return lWritten;
 }
 

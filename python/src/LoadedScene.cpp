@@ -1,0 +1,202 @@
+#include "python/src/LoadedScene.h"
+
+#include "orvsdk/host/anim/OrvAnimStack.h"
+#include "orvsdk/host/math/OrvEuler.h"
+#include "orvsdk/host/scene/OrvNode.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace orvasf::python {
+
+namespace {
+
+// w, x, y, z of the unit quaternion of a rotation matrix, from its largest diagonal term so that
+// the square root never sees a small number.
+void QuaternionOf(const orvsdk::OrvAMatrix& pM, double* pOut)
+{
+    const double lTrace = pM(0, 0) + pM(1, 1) + pM(2, 2);
+    double lW, lX, lY, lZ;
+    if (lTrace > 0.0)
+    {
+        const double lS = 2.0 * std::sqrt(1.0 + lTrace);
+        lW = 0.25 * lS;
+        lX = (pM(2, 1) - pM(1, 2)) / lS;
+        lY = (pM(0, 2) - pM(2, 0)) / lS;
+        lZ = (pM(1, 0) - pM(0, 1)) / lS;
+    }
+    else if (pM(0, 0) > pM(1, 1) && pM(0, 0) > pM(2, 2))
+    {
+        const double lS = 2.0 * std::sqrt(1.0 + pM(0, 0) - pM(1, 1) - pM(2, 2));
+        lW = (pM(2, 1) - pM(1, 2)) / lS;
+        lX = 0.25 * lS;
+        lY = (pM(0, 1) + pM(1, 0)) / lS;
+        lZ = (pM(0, 2) + pM(2, 0)) / lS;
+    }
+    else if (pM(1, 1) > pM(2, 2))
+    {
+        const double lS = 2.0 * std::sqrt(1.0 + pM(1, 1) - pM(0, 0) - pM(2, 2));
+        lW = (pM(0, 2) - pM(2, 0)) / lS;
+        lX = (pM(0, 1) + pM(1, 0)) / lS;
+        lY = 0.25 * lS;
+        lZ = (pM(1, 2) + pM(2, 1)) / lS;
+    }
+    else
+    {
+        const double lS = 2.0 * std::sqrt(1.0 + pM(2, 2) - pM(0, 0) - pM(1, 1));
+        lW = (pM(1, 0) - pM(0, 1)) / lS;
+        lX = (pM(0, 2) + pM(2, 0)) / lS;
+        lY = (pM(1, 2) + pM(2, 1)) / lS;
+        lZ = 0.25 * lS;
+    }
+    // One sign for every frame, so that a sequence does not flip between q and -q at random.
+    const double lSign = lW < 0.0 ? -1.0 : 1.0;
+    pOut[0] = lSign * lW;
+    pOut[1] = lSign * lX;
+    pOut[2] = lSign * lY;
+    pOut[3] = lSign * lZ;
+}
+
+int RotationOrderOf(const orvsdk::OrvNode& pNode)
+{
+    if (!pNode.GetRotationActive()) return orvsdk::OrvEuler::eOrderXYZ;
+    orvsdk::OrvEuler::EOrder lOrder = orvsdk::OrvEuler::eOrderXYZ;
+    pNode.GetRotationOrder(orvsdk::OrvNode::eSourcePivot, lOrder);
+    return lOrder >= orvsdk::OrvEuler::eOrderXYZ && lOrder <= orvsdk::OrvEuler::eOrderZYX ? lOrder
+                                                                                      : orvsdk::OrvEuler::eOrderXYZ;
+}
+
+// Euler angles of a rotation in pOrder, each in the slot of its axis (X, Y, Z).
+void EulerOf(const orvsdk::OrvAMatrix& pRotation, int pOrder, double* pOut)
+{
+    const orvsdk::OrvVector4 lAngles = pRotation.GetR(pOrder);
+    for (int k = 0; k < 3; ++k) pOut[orvsdk::OrvEuler::AxisTable[pOrder][k]] = lAngles[k];
+}
+
+} // namespace
+
+LoadedScene::LoadedScene(OrvImportResult&& pImport, std::string pSkeletonPath)
+    : mImport(std::move(pImport)), mSkeletonPath(std::move(pSkeletonPath))
+{
+    mPose = std::make_unique<orvsdk::OrvPoseEvaluator>(mImport.mRoot, mImport.mTake);
+    // A stack without layers drives no channel, so its evaluator gives the static values.
+    orvsdk::OrvAnimStack* lRestStack = orvsdk::OrvAnimStack::Create(mImport.mScene.get(), "orvasf rest pose");
+    mRest = std::make_unique<orvsdk::OrvPoseEvaluator>(mImport.mRoot, lRestStack);
+}
+
+int64_t LoadedScene::GetFrameCount() const
+{
+    // Frame indices are ints: a span beyond their range offers its first INT_MAX + 1 frames.
+    constexpr int64_t kFrameLimit = int64_t{std::numeric_limits<int>::max()} + 1;
+    return mImport.mFrameSpan > 0 ? std::min(mImport.mFrameSpan, kFrameLimit) : 1;
+}
+
+orvsdk::OrvTime LoadedScene::TimeOf(int pFrame) const
+{
+    return orvsdk::OrvTime::FromFrame(pFrame, mImport.mFramesPerSecond);
+}
+
+void LoadedScene::FillPositions(const FrameSelection& pFrames, double pScale, double* pOut) const
+{
+    std::vector<orvsdk::OrvAMatrix> lScratch(static_cast<size_t>(GetJointCount()));
+    const size_t lStride = 3 * lScratch.size();
+    for (int64_t i = 0; i < pFrames.mCount; ++i)
+    {
+        double* lFrame = pOut + lStride * static_cast<size_t>(i);
+        mPose->EvaluatePositions(TimeOf(pFrames.FrameAt(i)), lScratch.data(), lFrame);
+        if (pScale != 1.0)
+            for (size_t k = 0; k < lStride; ++k) lFrame[k] *= pScale;
+    }
+}
+
+void LoadedScene::FillGlobalTransforms(const FrameSelection& pFrames, double* pOut) const
+{
+    std::vector<orvsdk::OrvAMatrix> lGlobals(static_cast<size_t>(GetJointCount()));
+    for (int64_t i = 0; i < pFrames.mCount; ++i)
+    {
+        mPose->EvaluateGlobals(TimeOf(pFrames.FrameAt(i)), lGlobals.data());
+        for (const orvsdk::OrvAMatrix& lGlobal : lGlobals)
+            for (int lRow = 0; lRow < 4; ++lRow)
+                for (int lColumn = 0; lColumn < 4; ++lColumn) *pOut++ = lGlobal(lRow, lColumn);
+    }
+}
+
+void LoadedScene::FillLocalRotations(const FrameSelection& pFrames, RotationKind pKind, double* pOut) const
+{
+    const std::vector<orvsdk::OrvNode*>& lNodes = mPose->GetNodes();
+    std::vector<int> lOrders;
+    for (const orvsdk::OrvNode* lNode : lNodes) lOrders.push_back(RotationOrderOf(*lNode));
+    std::vector<orvsdk::OrvAMatrix> lLocals(lNodes.size());
+    for (int64_t i = 0; i < pFrames.mCount; ++i)
+    {
+        mPose->EvaluateLocals(TimeOf(pFrames.FrameAt(i)), lLocals.data());
+        for (size_t lJoint = 0; lJoint < lLocals.size(); ++lJoint)
+        {
+            const orvsdk::OrvAMatrix& lLocal = lLocals[lJoint];
+            switch (pKind)
+            {
+            case RotationKind::eEuler:
+                EulerOf(lLocal, lOrders[lJoint], pOut);
+                pOut += 3;
+                break;
+            case RotationKind::eQuat:
+                QuaternionOf(lLocal, pOut);
+                pOut += 4;
+                break;
+            case RotationKind::eMatrix:
+                for (int lRow = 0; lRow < 3; ++lRow)
+                    for (int lColumn = 0; lColumn < 3; ++lColumn) *pOut++ = lLocal(lRow, lColumn);
+                break;
+            }
+        }
+    }
+}
+
+void LoadedScene::FillRestOffsets(double* pOut) const
+{
+    std::vector<orvsdk::OrvAMatrix> lScratch(static_cast<size_t>(GetJointCount()));
+    std::vector<double> lPositions(3 * lScratch.size());
+    mRest->EvaluatePositions(orvsdk::OrvTime(), lScratch.data(), lPositions.data());
+    const std::vector<int>& lParents = mRest->GetParents();
+    for (size_t lJoint = 0; lJoint < lParents.size(); ++lJoint)
+        for (size_t lAxis = 0; lAxis < 3; ++lAxis)
+        {
+            const double lParent = lParents[lJoint] < 0 ? 0.0 : lPositions[3 * lParents[lJoint] + lAxis];
+            pOut[3 * lJoint + lAxis] = lPositions[3 * lJoint + lAxis] - lParent;
+        }
+}
+
+std::string LoadedScene::GetRotationOrder(int pJoint) const
+{
+    const int lOrder = RotationOrderOf(*mPose->GetNodes()[static_cast<size_t>(pJoint)]);
+    std::string lText;
+    for (int k = 0; k < 3; ++k) lText += static_cast<char>('X' + orvsdk::OrvEuler::AxisTable[lOrder][k]);
+    return lText;
+}
+
+OrvExportFrames LoadedScene::ExportFrames(const FrameSelection& pFrames) const
+{
+    OrvExportFrames lFrames;
+    lFrames.mFramesPerSecond = mImport.mFramesPerSecond / static_cast<double>(pFrames.mStep);
+    lFrames.mFrameCount = static_cast<int>(pFrames.mCount);
+    lFrames.mStartTime = TimeOf(pFrames.FrameAt(0));
+    return lFrames;
+}
+
+bool LoadedScene::WriteBvh(const std::string& pPath, const FrameSelection& pFrames,
+                           std::vector<orvsdk::OrvMessage>& pMessages) const
+{
+    const std::lock_guard<std::mutex> lLock(mWriting);
+    return OrvWriteBvh(pPath, mImport, ExportFrames(pFrames), pMessages);
+}
+
+bool LoadedScene::WriteAsfAmc(const std::string& pAsfPath, const std::string& pAmcPath,
+                              const FrameSelection& pFrames, std::vector<orvsdk::OrvMessage>& pMessages) const
+{
+    const std::lock_guard<std::mutex> lLock(mWriting);
+    return OrvWriteAsfAmc(pAsfPath, pAmcPath, mImport, ExportFrames(pFrames), pMessages);
+}
+
+} // namespace orvasf::python
