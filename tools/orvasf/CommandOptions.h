@@ -11,9 +11,10 @@ namespace orvasf::tool {
 // Everything an import needs: the files and the settings of reading, sampling and node building.
 struct ImportOptions
 {
-    std::string mAsfPath;     // the ASF file, or the BVH file of a conversion
+    std::string mAsfPath;     // the ASF file, or the BVH or glTF file of a conversion
     std::string mMotionPath;  // empty: import the skeleton alone
     OrvImportSettings mSettings;
+    OrvGltfReadSettings mGltf;  // the animation and sampling of a glTF file
 };
 
 // The "import" subcommand.

@@ -126,7 +126,8 @@ int Run(int pArgc, char** pArgv)
     lFormatCommand->add_option("-o,--output", lFormat.mOutputPath, "ASF file to write")->required()->type_name("OUT.asf");
 
     ConvertCommandOptions lConvert;
-    CLI::App* lConvertCommand = AddCommand(lApp, "convert", "Convert between ASF/AMC and BVH through a host scene");
+    CLI::App* lConvertCommand =
+        AddCommand(lApp, "convert", "Convert between ASF/AMC, BVH and glTF 2.0 through a host scene");
     AddConvertOptions(*lConvertCommand, lConvert);
     AddImportFlags(*lConvertCommand, lConvert.mImport.mSettings);
 
@@ -145,7 +146,11 @@ int Run(int pArgc, char** pArgv)
     if (lImportCommand->parsed()) return RunImport(lImport);
     if (lPoseCommand->parsed()) return RunPose(lPose);
     if (lExportCommand->parsed()) return RunExport(lExport);
-    if (lConvertCommand->parsed()) return RunConvert(lConvert);
+    if (lConvertCommand->parsed())
+    {
+        lConvert.mFramesPerSecondGiven = lConvertCommand->count("--fps") > 0;
+        return RunConvert(lConvert);
+    }
     return RunFormat(lFormat);
 }
 
