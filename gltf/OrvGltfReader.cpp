@@ -439,6 +439,14 @@ struct Sampling
     bool mUneven = false;
 };
 
+// Whether every time of pKeys lies within a hundredth of a frame of its frame at pRate.
+bool EvenlySpaced(const std::vector<double>& pKeys, double pRate)
+{
+    for (size_t k = 0; k < pKeys.size(); ++k)
+        if (std::fabs(pKeys[k] - pKeys.front() - static_cast<double>(k) / pRate) > 0.01 / pRate) return false;
+    return true;
+}
+
 Sampling PlanSampling(const Motion& pMotion, double pFramesPerSecond)
 {
     std::vector<double> lKeys;
@@ -452,17 +460,16 @@ Sampling PlanSampling(const Motion& pMotion, double pFramesPerSecond)
     lSampling.mFramesPerSecond = pFramesPerSecond;
     if (pFramesPerSecond <= 0.0)
     {
-        lSampling.mFramesPerSecond = lKeys.size() > 1 ? static_cast<double>(lKeys.size() - 1) / lSpan : kFallbackFramesPerSecond;
-        const double lNearest = std::round(lSampling.mFramesPerSecond);
-        if (std::fabs(lNearest - lSampling.mFramesPerSecond) <= 1e-4 * lNearest) lSampling.mFramesPerSecond = lNearest;
-        for (size_t k = 0; k < lKeys.size() && !lSampling.mUneven; ++k)
-            lSampling.mUneven = std::fabs(lKeys[k] - lFirst - static_cast<double>(k) / lSampling.mFramesPerSecond) >
-                                0.01 / lSampling.mFramesPerSecond;
-        if (!lSampling.mUneven)
-        {
-            lSampling.mTimes = std::move(lKeys);
-            return lSampling;
-        }
+        // The keys' own rate, or the whole number near it when that fits the keys as well.
+        const double lRate = lKeys.size() > 1 ? static_cast<double>(lKeys.size() - 1) / lSpan : kFallbackFramesPerSecond;
+        for (double lCandidate : {std::round(lRate), lRate})
+            if (std::fabs(lCandidate - lRate) <= 1e-4 * lRate && EvenlySpaced(lKeys, lCandidate))
+            {
+                lSampling.mFramesPerSecond = lCandidate;
+                lSampling.mTimes = std::move(lKeys);
+                return lSampling;
+            }
+        lSampling.mUneven = true;
         lSampling.mFramesPerSecond = kFallbackFramesPerSecond;
     }
     const double lFrames = std::floor(lSpan * lSampling.mFramesPerSecond + 1e-6) + 1.0;

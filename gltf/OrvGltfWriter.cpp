@@ -241,7 +241,6 @@ tinygltf::Model BuildModel(orvsdk::OrvNode* pRoot, orvsdk::OrvAnimStack* pTake, 
     lBuffer.Finish(lModel);
 
     tinygltf::Scene lScene;
-    lScene.name = lModel.nodes.front().name;
     lScene.nodes = {0, static_cast<int>(lModel.nodes.size()) - 1};
     lModel.scenes.push_back(std::move(lScene));
     lModel.defaultScene = 0;
