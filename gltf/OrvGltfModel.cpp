@@ -90,6 +90,7 @@ int GltfBufferBuilder::AddFloats(tinygltf::Model& pModel, const std::vector<floa
     const size_t lComponents = static_cast<size_t>(tinygltf::GetNumComponentsInType(static_cast<uint32_t>(pType)));
     const int lIndex = AddAccessor(pModel, pValues.data(), pValues.size() * sizeof(float),
                                    TINYGLTF_COMPONENT_TYPE_FLOAT, pType, pValues.size() / lComponents, pTarget);
+    for (float lValue : pValues) mAllFinite = mAllFinite && std::isfinite(lValue);
     if (!pBounds) return lIndex;
     tinygltf::Accessor& lAccessor = pModel.accessors.back();
     lAccessor.minValues.assign(lComponents, std::numeric_limits<double>::infinity());

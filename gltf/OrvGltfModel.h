@@ -40,12 +40,15 @@ public:
     int AddIndices(tinygltf::Model& pModel, const std::vector<uint32_t>& pIndices);
     // Moves the collected bytes into the model as its buffer 0.
     void Finish(tinygltf::Model& pModel);
+    // Whether every float added so far is a finite number.
+    bool AllFinite() const { return mAllFinite; }
 
 private:
     int AddAccessor(tinygltf::Model& pModel, const void* pBytes, size_t pSize, int pComponentType, int pType,
                     size_t pCount, ETarget pTarget);
 
     std::vector<unsigned char> mData;
+    bool mAllFinite = true;
 };
 
 // A mesh that draws bones: vertices in world space (metres), each weighted 1.0 to one joint, with

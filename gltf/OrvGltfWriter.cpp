@@ -24,6 +24,8 @@ using orvsdk::OrvVector4;
 
 // glTF lengths are metres; the host's are centimetres.
 constexpr double kMetresPerUnit = 0.01;
+// JOINTS_0 holds unsigned shorts.
+constexpr size_t kMaxJoints = 65536;
 // Motion smaller than this (metres, or quaternion components) counts as none.
 constexpr double kStill = 1e-7;
 
@@ -225,26 +227,45 @@ void AddAnimation(const std::vector<JointTracks>& pTracks, const OrvGltfWriteSet
     if (!lAnimation.channels.empty()) pModel.animations.push_back(std::move(lAnimation));
 }
 
-tinygltf::Model BuildModel(orvsdk::OrvNode* pRoot, orvsdk::OrvAnimStack* pTake, const OrvGltfWriteSettings& pSettings)
+bool AllFinite(const std::vector<tinygltf::Node>& pNodes)
+{
+    const auto lFinite = [](const std::vector<double>& pValues) {
+        return std::all_of(pValues.begin(), pValues.end(), [](double pValue) { return std::isfinite(pValue); });
+    };
+    return std::all_of(pNodes.begin(), pNodes.end(), [&lFinite](const tinygltf::Node& pNode) {
+        return lFinite(pNode.translation) && lFinite(pNode.rotation) && lFinite(pNode.scale);
+    });
+}
+
+// The model of the skeleton below pRoot; false, with pProblem set, when it cannot be written.
+bool BuildModel(orvsdk::OrvNode* pRoot, orvsdk::OrvAnimStack* pTake, const OrvGltfWriteSettings& pSettings,
+                tinygltf::Model& pModel, std::string& pProblem)
 {
     const orvsdk::OrvPoseEvaluator lEvaluator(pRoot, pTake);
     const std::vector<int> lJoints = SelectJoints(lEvaluator);
-    tinygltf::Model lModel;
-    lModel.asset.version = "2.0";
-    lModel.asset.generator = pSettings.mGenerator;
+    if (lJoints.size() > kMaxJoints)
+    {
+        pProblem = "A glTF skin holds at most 65536 joints; the skeleton has " + std::to_string(lJoints.size());
+        return false;
+    }
+    pModel.asset.version = "2.0";
+    pModel.asset.generator = pSettings.mGenerator;
     std::vector<OrvAMatrix> lBindWorlds;
-    AddJointNodes(lEvaluator, lJoints, lModel, lBindWorlds);
+    AddJointNodes(lEvaluator, lJoints, pModel, lBindWorlds);
     GltfBufferBuilder lBuffer;
-    AddSkin(lBindWorlds, lBuffer, lModel);
-    AddFigure(lBindWorlds, lBuffer, lModel);
-    AddAnimation(SampleTracks(lEvaluator, lJoints, lModel, pSettings), pSettings, lBuffer, lModel);
-    lBuffer.Finish(lModel);
+    AddSkin(lBindWorlds, lBuffer, pModel);
+    AddFigure(lBindWorlds, lBuffer, pModel);
+    AddAnimation(SampleTracks(lEvaluator, lJoints, pModel, pSettings), pSettings, lBuffer, pModel);
+    const bool lFinite = lBuffer.AllFinite();
+    lBuffer.Finish(pModel);
 
     tinygltf::Scene lScene;
-    lScene.nodes = {0, static_cast<int>(lModel.nodes.size()) - 1};
-    lModel.scenes.push_back(std::move(lScene));
-    lModel.defaultScene = 0;
-    return lModel;
+    lScene.nodes = {0, static_cast<int>(pModel.nodes.size()) - 1};
+    pModel.scenes.push_back(std::move(lScene));
+    pModel.defaultScene = 0;
+    if (lFinite && AllFinite(pModel.nodes)) return true;
+    pProblem = "The skeleton's transforms overflow to numbers that are not finite";
+    return false;
 }
 
 // Writes pBytes to pPath atomically; messages go to pMessages.
@@ -277,7 +298,13 @@ bool OrvGltfWriter::Write(const std::string& pPath, orvsdk::OrvNode* pRoot, orvs
                           const OrvGltfWriteSettings& pSettings)
 {
     mMessages.clear();
-    tinygltf::Model lModel = BuildModel(pRoot, pTake, pSettings);
+    tinygltf::Model lModel;
+    std::string lProblem;
+    if (!BuildModel(pRoot, pTake, pSettings, lModel, lProblem))
+    {
+        mMessages.push_back(orvsdk::OrvMessage{orvsdk::OrvMessage::eError, pPath, 0, lProblem});
+        return false;
+    }
     if (pSettings.mContainer == OrvGltfContainer::eSeparate)
     {
         const std::filesystem::path lBinPath = std::filesystem::path(pPath).replace_extension(".bin");
