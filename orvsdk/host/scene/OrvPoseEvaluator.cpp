@@ -29,13 +29,11 @@ TChannels ResolveChannels(OrvProperty& pProperty, OrvAnimStack* pStack)
     return lChannels;
 }
 
+// Whether a curve drives any channel of pChannels.
 template <typename TChannels>
-OrvVector4 ValueAt(const TChannels& pChannels, OrvTime pTime)
+bool IsAnimated(const TChannels& pChannels)
 {
-    double lValue[3];
-    for (int i = 0; i < 3; ++i)
-        lValue[i] = pChannels.mCurve[i] ? pChannels.mCurve[i]->Evaluate(pTime) : pChannels.mValue[i];
-    return OrvVector4(lValue[0], lValue[1], lValue[2]);
+    return pChannels.mCurve[0] || pChannels.mCurve[1] || pChannels.mCurve[2];
 }
 
 } // namespace
@@ -54,44 +52,97 @@ OrvPoseEvaluator::OrvPoseEvaluator(OrvNode* pRoot, OrvAnimStack* pStack) : mRoot
         mRecipes.push_back(Resolve(*lNode, pStack));
         for (int i = lNode->GetChildCount() - 1; i >= 0; --i) lPending.emplace_back(lNode->GetChild(i), lIndex);
     }
+    mCurveHints = std::make_unique<std::atomic<int>[]>(static_cast<size_t>(mCurveCount));
+    for (OrvNode* lAncestor = mRootParent; lAncestor && mRootParentIsStatic; lAncestor = lAncestor->GetParent())
+    {
+        // The ancestors' global transforms come from the scene's current stack.
+        mRootParentIsStatic = !IsAnimated(ResolveChannels<Channels>(lAncestor->LclTranslation, nullptr)) &&
+                              !IsAnimated(ResolveChannels<Channels>(lAncestor->LclRotation, nullptr)) &&
+                              !IsAnimated(ResolveChannels<Channels>(lAncestor->LclScaling, nullptr));
+    }
+    if (mRootParent && mRootParentIsStatic) mRootParentGlobal = mRootParent->EvaluateGlobalTransform(OrvTime());
 }
 
-OrvPoseEvaluator::NodeRecipe OrvPoseEvaluator::Resolve(OrvNode& pNode, OrvAnimStack* pStack) const
+OrvPoseEvaluator::NodeRecipe OrvPoseEvaluator::Resolve(OrvNode& pNode, OrvAnimStack* pStack)
 {
     NodeRecipe lRecipe;
     lRecipe.mTranslation = ResolveChannels<Channels>(pNode.LclTranslation, pStack);
     lRecipe.mRotation = ResolveChannels<Channels>(pNode.LclRotation, pStack);
     lRecipe.mScaling = ResolveChannels<Channels>(pNode.LclScaling, pStack);
+    for (Channels* lChannels : {&lRecipe.mTranslation, &lRecipe.mRotation, &lRecipe.mScaling})
+        for (int i = 0; i < 3; ++i)
+            if (lChannels->mCurve[i]) lChannels->mHint[i] = mCurveCount++;
     lRecipe.mRotationOffset = pNode.GetRotationOffset(OrvNode::eSourcePivot);
-    if (!pNode.GetRotationActive()) return lRecipe;
-    OrvEuler::EOrder lOrder = OrvEuler::eOrderXYZ;
-    pNode.GetRotationOrder(OrvNode::eSourcePivot, lOrder);
-    if (lOrder >= OrvEuler::eOrderXYZ && lOrder <= OrvEuler::eOrderZYX) lRecipe.mOrder = lOrder;
-    lRecipe.mPreRotation.SetR(pNode.GetPreRotation(OrvNode::eSourcePivot), OrvEuler::eOrderXYZ);
-    OrvAMatrix lPostRotation;
-    lPostRotation.SetR(pNode.GetPostRotation(OrvNode::eSourcePivot), OrvEuler::eOrderXYZ);
-    lRecipe.mPostRotationInverse = lPostRotation.Inverse();
+    lRecipe.mHasScaling = IsAnimated(lRecipe.mScaling) || lRecipe.mScaling.mValue[0] != 1.0 ||
+                          lRecipe.mScaling.mValue[1] != 1.0 || lRecipe.mScaling.mValue[2] != 1.0;
+    if (pNode.GetRotationActive())
+    {
+        OrvEuler::EOrder lOrder = OrvEuler::eOrderXYZ;
+        pNode.GetRotationOrder(OrvNode::eSourcePivot, lOrder);
+        if (lOrder >= OrvEuler::eOrderXYZ && lOrder <= OrvEuler::eOrderZYX) lRecipe.mOrder = lOrder;
+        lRecipe.mPreRotation.SetR(pNode.GetPreRotation(OrvNode::eSourcePivot), OrvEuler::eOrderXYZ);
+        OrvAMatrix lPostRotation;
+        lPostRotation.SetR(pNode.GetPostRotation(OrvNode::eSourcePivot), OrvEuler::eOrderXYZ);
+        lRecipe.mPostRotationInverse = lPostRotation.Inverse();
+        lRecipe.mHasPreRotation = lRecipe.mPreRotation != OrvAMatrix();
+        lRecipe.mHasPostRotation = lRecipe.mPostRotationInverse != OrvAMatrix();
+    }
+    if (!IsAnimated(lRecipe.mTranslation) && !IsAnimated(lRecipe.mRotation) && !IsAnimated(lRecipe.mScaling))
+    {
+        lRecipe.mLocal = LocalTransform(lRecipe, OrvTime());
+        lRecipe.mIsStatic = true;
+    }
     return lRecipe;
 }
 
-// The node's formula, operation for operation: T(translation + offset) * Rpre * R * inverse(Rpost)
-// * S, multiplied from the left.
-OrvAMatrix OrvPoseEvaluator::LocalTransform(const NodeRecipe& pRecipe, OrvTime pTime) const
+OrvVector4 OrvPoseEvaluator::ValueAt(const Channels& pChannels, OrvTime pTime) const
 {
-    return Compose(pRecipe, ValueAt(pRecipe.mTranslation, pTime), ValueAt(pRecipe.mRotation, pTime),
-                   ValueAt(pRecipe.mScaling, pTime));
+    double lValue[3];
+    for (int i = 0; i < 3; ++i)
+    {
+        if (!pChannels.mCurve[i])
+        {
+            lValue[i] = pChannels.mValue[i];
+            continue;
+        }
+        std::atomic<int>& lSharedHint = mCurveHints[static_cast<size_t>(pChannels.mHint[i])];
+        int lHint = lSharedHint.load(std::memory_order_relaxed);
+        lValue[i] = pChannels.mCurve[i]->EvaluateFromHint(pTime, lHint);
+        lSharedHint.store(lHint, std::memory_order_relaxed);
+    }
+    return OrvVector4(lValue[0], lValue[1], lValue[2]);
 }
 
-OrvAMatrix OrvPoseEvaluator::Compose(const NodeRecipe& pRecipe, const OrvVector4& pTranslation,
-                                     const OrvVector4& pRotation, const OrvVector4& pScaling)
+// The node's formula T(translation + offset) * Rpre * R * inverse(Rpost) * S, multiplied from the
+// left as the node does. The translation matrix only sets the last column, and the identity
+// factors change nothing, so both are left out of the products.
+template <typename TValueOf>
+OrvAMatrix OrvPoseEvaluator::Compose(const NodeRecipe& pRecipe, const TValueOf& pValueOf)
 {
-    OrvAMatrix lTranslation;
-    lTranslation.SetT(pTranslation + pRecipe.mRotationOffset);
-    OrvAMatrix lRotation;
-    lRotation.SetRInOrder(pRotation, pRecipe.mOrder);
-    OrvAMatrix lScaling;
-    lScaling.SetS(pScaling);
-    return lTranslation * pRecipe.mPreRotation * lRotation * pRecipe.mPostRotationInverse * lScaling;
+    OrvAMatrix lLocal;
+    lLocal.SetRInOrder(pValueOf(pRecipe.mRotation), pRecipe.mOrder);
+    if (pRecipe.mHasPreRotation) lLocal = pRecipe.mPreRotation.MultAffine(lLocal);
+    if (pRecipe.mHasPostRotation) lLocal = lLocal.MultAffine(pRecipe.mPostRotationInverse);
+    if (pRecipe.mHasScaling)
+    {
+        OrvAMatrix lScaling;
+        lScaling.SetS(pValueOf(pRecipe.mScaling));
+        lLocal = lLocal.MultAffine(lScaling);
+    }
+    lLocal.SetT(pValueOf(pRecipe.mTranslation) + pRecipe.mRotationOffset);
+    return lLocal;
+}
+
+OrvAMatrix OrvPoseEvaluator::LocalTransform(const NodeRecipe& pRecipe, OrvTime pTime) const
+{
+    if (pRecipe.mIsStatic) return pRecipe.mLocal;
+    return Compose(pRecipe, [this, pTime](const Channels& pChannels) { return ValueAt(pChannels, pTime); });
+}
+
+OrvAMatrix OrvPoseEvaluator::RootParentGlobal(OrvTime pTime) const
+{
+    if (!mRootParent || mRootParentIsStatic) return mRootParentGlobal;
+    return mRootParent->EvaluateGlobalTransform(pTime);
 }
 
 void OrvPoseEvaluator::EvaluateLocals(OrvTime pTime, OrvAMatrix* pLocals) const
@@ -105,11 +156,7 @@ void OrvPoseEvaluator::EvaluateRestLocals(OrvAMatrix* pLocals) const
     const auto lRest = [](const Channels& pChannels) {
         return OrvVector4(pChannels.mValue[0], pChannels.mValue[1], pChannels.mValue[2]);
     };
-    for (size_t i = 0; i < mRecipes.size(); ++i)
-    {
-        const NodeRecipe& lRecipe = mRecipes[i];
-        pLocals[i] = Compose(lRecipe, lRest(lRecipe.mTranslation), lRest(lRecipe.mRotation), lRest(lRecipe.mScaling));
-    }
+    for (size_t i = 0; i < mRecipes.size(); ++i) pLocals[i] = Compose(mRecipes[i], lRest);
 }
 
 OrvVector4 OrvPoseEvaluator::EvaluateLocalTranslation(int pIndex, OrvTime pTime) const
@@ -122,13 +169,10 @@ void OrvPoseEvaluator::EvaluateGlobals(OrvTime pTime, OrvAMatrix* pGlobals) cons
     for (size_t i = 0; i < mRecipes.size(); ++i)
     {
         const OrvAMatrix lLocal = LocalTransform(mRecipes[i], pTime);
-        if (mParents[i] >= 0)
-            pGlobals[i] = pGlobals[mParents[i]] * lLocal;
-        else
-            pGlobals[i] = mRootParent ? mRootParent->EvaluateGlobalTransform(pTime) * lLocal : lLocal;
+        const int lParent = mParents[i];
+        pGlobals[i] = lParent >= 0 ? pGlobals[lParent].MultAffine(lLocal) : RootParentGlobal(pTime).MultAffine(lLocal);
     }
 }
-
 void OrvPoseEvaluator::EvaluatePositions(OrvTime pTime, OrvAMatrix* pScratch, double* pPositions) const
 {
     EvaluateGlobals(pTime, pScratch);

@@ -4,6 +4,8 @@
 #include "orvsdk/host/core/OrvTime.h"
 #include "orvsdk/host/math/OrvAMatrix.h"
 
+#include <atomic>
+#include <memory>
 #include <vector>
 
 namespace orvsdk {
@@ -17,8 +19,11 @@ class OrvNode;
 // computes every node's local transform with the node's own formula (the operations of
 // OrvNode::EvaluateLocalTransform, in the same order, so locals agree to the bit) and its global
 // transform from its parent's in one top-down pass: O(nodes) work per time and no allocation.
-// Globals agree with OrvNode::EvaluateGlobalTransform up to rounding, as that one multiplies from
-// the node upwards.
+// Nodes without curves keep the local transform computed once; products skip the identity and the
+// constant last row of affine matrices, which leaves every value unchanged (a zero may differ in
+// sign). Each curve remembers where the last evaluation found its time, so frames evaluated in
+// order cost constant time per curve. Globals agree with OrvNode::EvaluateGlobalTransform up to
+// rounding, as that one multiplies from the node upwards.
 //
 // The evaluator reads the nodes and curves it resolved: they must outlive it, and the hierarchy,
 // the curves' keys and the nodes' settings must not change while it is used. One evaluator may be
@@ -41,9 +46,6 @@ public:
     // Fills pLocals (GetNodeCount() entries) with every node's local transform at rest: the same
     // formula with the properties' own values, every curve left out.
     void EvaluateRestLocals(OrvAMatrix* pLocals) const;
-    // Fills pLocals (GetNodeCount() entries) with every node's local transform at rest: the same
-    // formula with the properties' own values, every curve left out.
-    void EvaluateRestLocals(OrvAMatrix* pLocals) const;
     // The local translation property of node pIndex at pTime, as OrvNode::EvaluateLocalTranslation
     // gives it (without the rotation offset).
     OrvVector4 EvaluateLocalTranslation(int pIndex, OrvTime pTime) const;
@@ -63,6 +65,7 @@ private:
     struct Channels
     {
         const OrvAnimCurve* mCurve[3] = {nullptr, nullptr, nullptr};
+        int mHint[3] = {0, 0, 0};  // each curve's slot in mCurveHints
         double mValue[3] = {0.0, 0.0, 0.0};
     };
 
@@ -76,17 +79,32 @@ private:
         int mOrder = 0;
         OrvAMatrix mPreRotation;
         OrvAMatrix mPostRotationInverse;
+        bool mHasPreRotation = false;   // mPreRotation is not the identity
+        bool mHasPostRotation = false;  // mPostRotationInverse is not the identity
+        bool mHasScaling = false;       // scaling is animated or not 1, 1, 1
+        bool mIsStatic = false;         // no curve drives the node: mLocal holds its local transform
+        OrvAMatrix mLocal;
     };
 
-    NodeRecipe Resolve(OrvNode& pNode, OrvAnimStack* pStack) const;
+    NodeRecipe Resolve(OrvNode& pNode, OrvAnimStack* pStack);
+    OrvVector4 ValueAt(const Channels& pChannels, OrvTime pTime) const;
     OrvAMatrix LocalTransform(const NodeRecipe& pRecipe, OrvTime pTime) const;
-    static OrvAMatrix Compose(const NodeRecipe& pRecipe, const OrvVector4& pTranslation, const OrvVector4& pRotation,
-                              const OrvVector4& pScaling);
+    // The node's formula with each property's X, Y, Z from pValueOf(const Channels&).
+    template <typename TValueOf>
+    static OrvAMatrix Compose(const NodeRecipe& pRecipe, const TValueOf& pValueOf);
+    // pRoot's parent's global transform at pTime (the identity without a parent).
+    OrvAMatrix RootParentGlobal(OrvTime pTime) const;
 
     std::vector<OrvNode*> mNodes;
     std::vector<int> mParents;
     std::vector<NodeRecipe> mRecipes;
     OrvNode* mRootParent = nullptr;  // pRoot's parent, whose global transform precedes pRoot's
+    bool mRootParentIsStatic = true; // no curve drives pRoot's ancestors: mRootParentGlobal holds theirs
+    OrvAMatrix mRootParentGlobal;
+    // Per curve, the key index where its last evaluation found the time: a guess that any thread
+    // may read or replace, so relaxed atomics suffice.
+    std::unique_ptr<std::atomic<int>[]> mCurveHints;
+    int mCurveCount = 0;
 };
 
 } // namespace orvsdk
