@@ -235,13 +235,20 @@ TEST_F(CliTest, ConvertUsageErrorsExitWithTwoAndUnwritableOutputsWithThree)
     const std::string lBvh = Work("small.bvh");
     const ToolRun lFormat = Run("convert " + lBvh + " -o " + Work("out.fbx"));
     EXPECT_EQ(lFormat.mStatus, 2);
-    EXPECT_NE(lFormat.mErr.find("convert writes .bvh or .asf files"), std::string::npos) << lFormat.mErr;
+    EXPECT_NE(lFormat.mErr.find("convert writes .asf, .bvh, .glb or .gltf files"), std::string::npos) << lFormat.mErr;
     EXPECT_EQ(Run("convert " + lBvh + " --motion " + sSampleMotion + " -o " + Work("out.asf")).mStatus, 2);
     EXPECT_EQ(Run("convert " + lBvh + " -o " + Work("out.bvh") + " --motion-out " + Work("out.amc")).mStatus, 2);
+    // glTF options outside glTF files: an animation to choose in a BVH input, a buffer layout of a .glb.
+    EXPECT_EQ(Run("convert " + lBvh + " -o " + Work("out.glb") + " --animation walk").mStatus, 2);
+    EXPECT_EQ(Run("convert " + lBvh + " -o " + Work("out.glb") + " --buffer separate").mStatus, 2);
+    EXPECT_EQ(Run("convert " + lBvh + " -o " + Work("out.gltf") + " --buffer inside").mStatus, 2);
 
-    const ToolRun lUnwritable = Run("convert " + lBvh + " -o " + Work("missing/out.bvh"));
-    EXPECT_EQ(lUnwritable.mStatus, 3);
-    EXPECT_NE(lUnwritable.mErr.find("error: Can't create BVH file"), std::string::npos) << lUnwritable.mErr;
+    for (const char* lOutput : {"missing/out.bvh", "missing/out.glb"})
+    {
+        const ToolRun lUnwritable = Run("convert " + lBvh + " -o " + Work(lOutput));
+        EXPECT_EQ(lUnwritable.mStatus, 3) << lOutput;
+        EXPECT_NE(lUnwritable.mErr.find("error: Can't create"), std::string::npos) << lUnwritable.mErr;
+    }
     EXPECT_EQ(WorkFolderEntries(), std::vector<std::string>{"small.bvh"});
 }
 
