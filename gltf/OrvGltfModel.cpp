@@ -30,7 +30,11 @@ double Dot3(const OrvVector4& pA, const OrvVector4& pB)
 size_t Utf8SequenceLength(const unsigned char* pText, size_t pLeft)
 {
     const unsigned char lLead = pText[0];
-    const size_t lLength = lLead < 0x80 ? 1 : (lLead >> 5) == 0x6 ? 2 : (lLead >> 4) == 0xE ? 3 : (lLead >> 3) == 0x1E ? 4 : 0;
+    const size_t lLength = lLead < 0x80            ? 1
+                           : (lLead >> 5) == 0x6  ? 2
+                           : (lLead >> 4) == 0xE  ? 3
+                           : (lLead >> 3) == 0x1E ? 4
+                                                  : 0;
     if (lLength == 0 || lLength > pLeft || (lLength == 2 && lLead < 0xC2)) return 0;
     for (size_t i = 1; i < lLength; ++i)
         if ((pText[i] & 0xC0) != 0x80) return 0;

@@ -351,6 +351,7 @@ struct NodeTracks
 // The chosen animation's tracks on the nodes read, and what the sampling warns of.
 struct Motion
 {
+    std::string mName; // of the animation read
     std::vector<Track> mTracks;
     std::map<int, NodeTracks> mByNode; // glTF node index to its tracks
     int mStepSamplers = 0;
@@ -403,6 +404,7 @@ Motion ReadMotion(const tinygltf::Model& pModel, const std::vector<bool>& pRead,
     Motion lMotion;
     const tinygltf::Animation* lAnimation = ChooseAnimation(pModel, pName);
     if (!lAnimation) return lMotion;
+    lMotion.mName = lAnimation->name;
     // Tracks are addressed by index until every one is read: the vector may still grow.
     std::map<int, std::array<int, 3>> lTrackOfNode;
     for (const tinygltf::AnimationChannel& lChannel : lAnimation->channels)
@@ -461,7 +463,8 @@ Sampling PlanSampling(const Motion& pMotion, double pFramesPerSecond)
     if (pFramesPerSecond <= 0.0)
     {
         // The keys' own rate, or the whole number near it when that fits the keys as well.
-        const double lRate = lKeys.size() > 1 ? static_cast<double>(lKeys.size() - 1) / lSpan : kFallbackFramesPerSecond;
+        const double lRate =
+            lKeys.size() > 1 ? static_cast<double>(lKeys.size() - 1) / lSpan : kFallbackFramesPerSecond;
         for (double lCandidate : {std::round(lRate), lRate})
             if (std::fabs(lCandidate - lRate) <= 1e-4 * lRate && EvenlySpaced(lKeys, lCandidate))
             {
@@ -476,7 +479,8 @@ Sampling PlanSampling(const Motion& pMotion, double pFramesPerSecond)
     if (!(lFrames <= kMaxFrames))
         Refuse("Sampling " + std::to_string(lSpan) + " s of motion at " + std::to_string(lSampling.mFramesPerSecond) +
                " frames per second gives more than 10000000 frames");
-    for (int f = 0; f < static_cast<int>(lFrames); ++f) lSampling.mTimes.push_back(lFirst + f / lSampling.mFramesPerSecond);
+    for (int f = 0; f < static_cast<int>(lFrames); ++f)
+        lSampling.mTimes.push_back(lFirst + f / lSampling.mFramesPerSecond);
     return lSampling;
 }
 
@@ -513,7 +517,8 @@ void BuildCurves(orvsdk::OrvNode* pNode, const NodeTracks& pTracks, const GltfTr
     static const char* const kKinds[3] = {"_T", "_R", "_S"};
     for (int p = 0; p < 3; ++p)
         for (unsigned a = 0; lTracks[p] && a < 3; ++a)
-            lCurves[p][a] = AddCurve(pNode, *lProperties[p], pStack, pNode->GetName() + std::string(kKinds[p]) + kAxes[a], a);
+            lCurves[p][a] =
+                AddCurve(pNode, *lProperties[p], pStack, pNode->GetName() + std::string(kKinds[p]) + kAxes[a], a);
 
     orvsdk::OrvAnimCurveKey lKey;
     OrvVector4 lAngles;
@@ -593,6 +598,87 @@ bool RefuseExternalFile(std::vector<unsigned char>*, std::string* pError, const 
     return false;
 }
 
+// Loads pSize bytes (binary glTF when they start with its magic, JSON otherwise) into pModel;
+// tinygltf's warnings and errors go to pDiagnostics. False when the file is refused.
+bool LoadModel(const unsigned char* pBytes, size_t pSize, const std::string& pBaseDir, bool pExternalFiles,
+               orvsdk::OrvDiagnostics& pDiagnostics, tinygltf::Model& pModel)
+{
+    tinygltf::TinyGLTF lLoader;
+    if (!pExternalFiles)
+        lLoader.SetFsCallbacks({&tinygltf::FileExists, &tinygltf::ExpandFilePath, &RefuseExternalFile,
+                                &tinygltf::WriteWholeFile, nullptr});
+    std::string lError, lWarning;
+    const bool lBinary = pSize >= 4 && std::memcmp(pBytes, "glTF", 4) == 0;
+    const unsigned int lSize = static_cast<unsigned int>(std::min<size_t>(pSize, 0xFFFFFFFFu));
+    bool lLoaded = false;
+    try
+    {
+        lLoaded = lBinary ? lLoader.LoadBinaryFromMemory(&pModel, &lError, &lWarning, pBytes, lSize, pBaseDir)
+                          : lLoader.LoadASCIIFromString(&pModel, &lError, &lWarning,
+                                                        reinterpret_cast<const char*>(pBytes), lSize, pBaseDir);
+    }
+    catch (const std::exception& lException)
+    {
+        lError = std::string("Not a glTF file: ") + lException.what();
+    }
+    ReportLines(pDiagnostics, lWarning, false);
+    if (lLoaded) return true;
+    ReportLines(pDiagnostics, lError, true);
+    if (pDiagnostics.GetErrorCount() == 0) pDiagnostics.Error(0, "Not a glTF 2.0 file");
+    return false;
+}
+
+// Warnings of what the host scene holds only approximately or not at all.
+void WarnOfApproximations(const tinygltf::Model& pModel, const Motion& pMotion, const Sampling& pSampling,
+                          orvsdk::OrvDiagnostics& pDiagnostics)
+{
+    const std::string lAnimation = "Animation \"" + pMotion.mName + "\": ";
+    const auto lWarn = [&pDiagnostics, &lAnimation](int pCount, const char* pWhat, const char* pConsequence) {
+        if (pCount > 0) pDiagnostics.Warning(0, [&] { return lAnimation + Plural(pCount, pWhat) + pConsequence; });
+    };
+    if (pSampling.mUneven)
+        pDiagnostics.Warning(0, [&] {
+            return lAnimation + "keyframe times not evenly spaced: sampled at 30 frames per second (see --fps)";
+        });
+    lWarn(pMotion.mStepSamplers, "STEP sampler", " sampled at the frame times");
+    lWarn(pMotion.mCubicSamplers, "CUBICSPLINE sampler", " sampled at the frame times");
+    lWarn(pMotion.mScaleChannels, "scale channel",
+          " sampled into scaling curves, which BVH and ASF/AMC files do not carry");
+    int lMorphPrimitives = 0;
+    for (const tinygltf::Mesh& lMesh : pModel.meshes)
+        for (const tinygltf::Primitive& lPrimitive : lMesh.primitives)
+            lMorphPrimitives += !lPrimitive.targets.empty();
+    if (lMorphPrimitives > 0 || pMotion.mWeightChannels > 0)
+        pDiagnostics.Warning(0, [&] {
+            return "Morph targets ignored (" + Plural(lMorphPrimitives, "primitive") + " with targets, " +
+                   Plural(pMotion.mWeightChannels, "weight channel") + ")";
+        });
+}
+
+// Builds the nodes of pOrder below pParent, with their curves, and fills pResult.
+void BuildScene(const tinygltf::Model& pModel, const std::vector<int>& pParents, const std::vector<int>& pOrder,
+                const Motion& pMotion, const Sampling& pSampling, orvsdk::OrvNode* pParent,
+                orvsdk::OrvAnimStack* pStack, OrvGltfReadResult& pResult)
+{
+    std::map<int, orvsdk::OrvNode*> lBuilt;
+    for (int lIndex : pOrder)
+    {
+        const bool lTop = lIndex == pOrder.front();
+        orvsdk::OrvNode* lNode = BuildNode(pModel, lIndex, lTop, pMotion, pSampling, pStack, pParent->GetScene());
+        (lTop ? pParent : lBuilt[pParents[static_cast<size_t>(lIndex)]])->AddChild(lNode);
+        lBuilt[lIndex] = lNode;
+        const auto lTracks = pMotion.mByNode.find(lIndex);
+        pResult.mHasJointTranslation = pResult.mHasJointTranslation ||
+                                       (!lTop && lTracks != pMotion.mByNode.end() && lTracks->second.mTranslation);
+    }
+    pResult.mSucceeded = true;
+    pResult.mRoot = lBuilt[pOrder.front()];
+    pResult.mJointCount = static_cast<int>(pOrder.size());
+    pResult.mHasMotion = !pSampling.mTimes.empty();
+    pResult.mFrameCount = static_cast<int>(pSampling.mTimes.size());
+    pResult.mFramesPerSecond = pSampling.mFramesPerSecond;
+}
+
 } // namespace
 
 OrvGltfReadResult OrvGltfReader::Read(const std::string& pPath, orvsdk::OrvNode* pParent, orvsdk::OrvAnimStack* pStack,
@@ -626,37 +712,8 @@ OrvGltfReadResult OrvGltfReader::ReadBytes(const unsigned char* pBytes, size_t p
                                            const OrvGltfReadSettings& pSettings)
 {
     OrvGltfReadResult lResult;
-    tinygltf::TinyGLTF lLoader;
-    if (!pExternalFiles)
-    {
-        tinygltf::FsCallbacks lCallbacks{&tinygltf::FileExists, &tinygltf::ExpandFilePath, &RefuseExternalFile,
-                                         &tinygltf::WriteWholeFile, nullptr};
-        lLoader.SetFsCallbacks(lCallbacks);
-    }
     tinygltf::Model lModel;
-    std::string lError, lWarning;
-    const bool lBinary = pSize >= 4 && std::memcmp(pBytes, "glTF", 4) == 0;
-    const unsigned int lSize = static_cast<unsigned int>(std::min<size_t>(pSize, 0xFFFFFFFFu));
-    bool lLoaded = false;
-    try
-    {
-        lLoaded = lBinary ? lLoader.LoadBinaryFromMemory(&lModel, &lError, &lWarning, pBytes, lSize, pBaseDir)
-                          : lLoader.LoadASCIIFromString(&lModel, &lError, &lWarning,
-                                                        reinterpret_cast<const char*>(pBytes), lSize, pBaseDir);
-    }
-    catch (const std::exception& lException)
-    {
-        lError = std::string("Not a glTF file: ") + lException.what();
-    }
-    ReportLines(mDiagnostics, lWarning, false);
-    if (!lLoaded)
-    {
-        ReportLines(mDiagnostics, lError.empty() ? "Not a glTF 2.0 file" : lError, true);
-        if (mDiagnostics.GetErrorCount() == 0) mDiagnostics.Error(0, "Not a glTF 2.0 file");
-        return lResult;
-    }
-
-    orvsdk::OrvScene* lScene = pParent->GetScene();
+    if (!LoadModel(pBytes, pSize, pBaseDir, pExternalFiles, mDiagnostics, lModel)) return lResult;
     try
     {
         const std::vector<int> lParents = Parents(lModel);
@@ -667,42 +724,8 @@ OrvGltfReadResult OrvGltfReader::ReadBytes(const unsigned char* pBytes, size_t p
         const Sampling lSampling = PlanSampling(lMotion, pSettings.mFramesPerSecond);
         // Every node's rest transform is checked before anything is built.
         for (int lNode : lOrder) RestTrs(lModel.nodes[static_cast<size_t>(lNode)], lNode);
-
-        const std::string lAnimation = "Animation \"" + (pSettings.mAnimationName.empty() && !lModel.animations.empty()
-                                                             ? lModel.animations.front().name
-                                                             : pSettings.mAnimationName) + "\": ";
-        if (lSampling.mUneven)
-            mDiagnostics.Warning(0, [&] { return lAnimation + "keyframe times are not evenly spaced; sampled at 30 frames per second (see --fps)"; });
-        if (lMotion.mStepSamplers > 0)
-            mDiagnostics.Warning(0, [&] { return lAnimation + Plural(lMotion.mStepSamplers, "STEP sampler") + " sampled at the frame times"; });
-        if (lMotion.mCubicSamplers > 0)
-            mDiagnostics.Warning(0, [&] { return lAnimation + Plural(lMotion.mCubicSamplers, "CUBICSPLINE sampler") + " sampled at the frame times"; });
-        if (lMotion.mScaleChannels > 0)
-            mDiagnostics.Warning(0, [&] { return lAnimation + Plural(lMotion.mScaleChannels, "scale channel") + " sampled into scaling curves, which BVH and ASF/AMC files do not carry"; });
-        int lMorphMeshes = 0;
-        for (const tinygltf::Mesh& lMesh : lModel.meshes)
-            for (const tinygltf::Primitive& lPrimitive : lMesh.primitives)
-                lMorphMeshes += !lPrimitive.targets.empty();
-        if (lMorphMeshes > 0 || lMotion.mWeightChannels > 0)
-            mDiagnostics.Warning(0, [&] { return "Morph targets ignored (" + Plural(lMorphMeshes, "primitive") + " with targets, " + Plural(lMotion.mWeightChannels, "weight channel") + ")"; });
-
-        std::map<int, orvsdk::OrvNode*> lBuilt;
-        for (int lIndex : lOrder)
-        {
-            const bool lTop = lIndex == lOrder.front();
-            orvsdk::OrvNode* lNode = BuildNode(lModel, lIndex, lTop, lMotion, lSampling, pStack, lScene);
-            (lTop ? pParent : lBuilt[lParents[static_cast<size_t>(lIndex)]])->AddChild(lNode);
-            lBuilt[lIndex] = lNode;
-            const auto lTracks = lMotion.mByNode.find(lIndex);
-            lResult.mHasJointTranslation = lResult.mHasJointTranslation ||
-                                           (!lTop && lTracks != lMotion.mByNode.end() && lTracks->second.mTranslation);
-        }
-        lResult.mSucceeded = true;
-        lResult.mRoot = lBuilt[lOrder.front()];
-        lResult.mJointCount = static_cast<int>(lOrder.size());
-        lResult.mHasMotion = !lSampling.mTimes.empty();
-        lResult.mFrameCount = static_cast<int>(lSampling.mTimes.size());
-        lResult.mFramesPerSecond = lSampling.mFramesPerSecond;
+        WarnOfApproximations(lModel, lMotion, lSampling, mDiagnostics);
+        BuildScene(lModel, lParents, lOrder, lMotion, lSampling, pParent, pStack, lResult);
     }
     catch (const Refusal& lRefusal)
     {

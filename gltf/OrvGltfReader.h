@@ -67,7 +67,8 @@ public:
                            const OrvGltfReadSettings& pSettings);
     // The same from pSize bytes; pName stands for the file in messages. External buffers are refused.
     OrvGltfReadResult Read(const unsigned char* pBytes, size_t pSize, const std::string& pName,
-                           orvsdk::OrvNode* pParent, orvsdk::OrvAnimStack* pStack, const OrvGltfReadSettings& pSettings);
+                           orvsdk::OrvNode* pParent, orvsdk::OrvAnimStack* pStack,
+                           const OrvGltfReadSettings& pSettings);
 
     // The warnings and errors of the last read, "FILE: error: TEXT" through OrvFormatMessage.
     const std::vector<orvsdk::OrvMessage>& GetMessages() const { return mDiagnostics.GetMessages(); }

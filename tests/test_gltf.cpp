@@ -263,8 +263,8 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         SamplerCase{"LINEAR", {0, 0, 0, 0, 2, 0, 0, 1, 0},
                     [](double pTime) { return pTime <= 0.5 ? 4.0 * pTime : 2.0 - 2.0 * (pTime - 0.5); }, nullptr},
-        SamplerCase{"STEP", {0, 0, 0, 0, 2, 0, 0, 1, 0}, [](double pTime) { return pTime < 0.5 ? 0.0 : pTime < 1.0 ? 2.0 : 1.0; },
-                    "STEP"},
+        SamplerCase{"STEP", {0, 0, 0, 0, 2, 0, 0, 1, 0},
+                    [](double pTime) { return pTime < 0.5 ? 0.0 : pTime < 1.0 ? 2.0 : 1.0; }, "STEP"},
         // Keys 0, 2, 1 with out-tangent 4 at the first and in-tangent -2 at the second key,
         // the rest 0: the Hermite polynomials of each half second.
         SamplerCase{"CUBICSPLINE",
