@@ -30,6 +30,7 @@ constexpr double kFallbackFramesPerSecond = 30.0;    // for uneven keyframe time
 constexpr double kSameTime = 1e-6;                   // seconds within which keyframe times coincide
 constexpr double kMaxFrames = 10'000'000.0;
 constexpr size_t kMaxZeroElements = 10'000'000;
+constexpr double kMaxSpan = 1e9;                      // seconds
 
 // Why a file is refused; caught where the read began.
 struct Refusal
@@ -459,6 +460,8 @@ Sampling PlanSampling(const Motion& pMotion, double pFramesPerSecond)
     Sampling lSampling;
     if (lKeys.empty()) return lSampling;
     const double lFirst = lKeys.front(), lSpan = lKeys.back() - lKeys.front();
+    // Host times reach about 400 years.
+    if (lSpan > kMaxSpan) Refuse("The keyframe times span " + std::to_string(lSpan) + " s, more than 1e9 s");
     lSampling.mFramesPerSecond = pFramesPerSecond;
     if (pFramesPerSecond <= 0.0)
     {
