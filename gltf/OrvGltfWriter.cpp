@@ -10,7 +10,6 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <filesystem>
 #include <sstream>
@@ -145,41 +144,39 @@ struct JointTracks
     std::vector<float> mRotations;    // 4 per frame, each in the previous one's hemisphere
     bool mMoves = false;
     bool mTurns = false;
+    GltfQuaternion mLastRotation;     // the previous frame's, at first the rest rotation
+
+    // Appends one frame's local transform, compared with the joint's rest transform pRest.
+    void Add(const GltfTrs& pTrs, const tinygltf::Node& pRest)
+    {
+        GltfQuaternion lRotation = pTrs.mRotation;
+        KeepHemisphere(mLastRotation.data(), lRotation);
+        mLastRotation = lRotation;
+        for (int a = 0; a < 3; ++a)
+        {
+            mTranslations.push_back(static_cast<float>(pTrs.mTranslation[a]));
+            mMoves = mMoves || std::fabs(pTrs.mTranslation[a] - pRest.translation[static_cast<size_t>(a)]) > kStill;
+        }
+        for (size_t a = 0; a < 4; ++a)
+        {
+            mRotations.push_back(static_cast<float>(lRotation[a]));
+            mTurns = mTurns || std::fabs(lRotation[a] - pRest.rotation[a]) > kStill;
+        }
+    }
 };
 
 std::vector<JointTracks> SampleTracks(const orvsdk::OrvPoseEvaluator& pEvaluator, const std::vector<int>& pJoints,
                                       const tinygltf::Model& pModel, const OrvGltfWriteSettings& pSettings)
 {
     std::vector<JointTracks> lTracks(pJoints.size());
+    for (size_t j = 0; j < pJoints.size(); ++j)
+        std::copy(pModel.nodes[j].rotation.begin(), pModel.nodes[j].rotation.end(), lTracks[j].mLastRotation.begin());
     std::vector<OrvAMatrix> lLocals(static_cast<size_t>(pEvaluator.GetNodeCount()));
     for (int lFrame = 0; lFrame < pSettings.mFrameCount; ++lFrame)
     {
         pEvaluator.EvaluateLocals(orvsdk::OrvTime::FromFrame(lFrame, pSettings.mFramesPerSecond), lLocals.data());
         for (size_t j = 0; j < pJoints.size(); ++j)
-        {
-            const GltfTrs lTrs = DecomposeTrs(InMetres(lLocals[static_cast<size_t>(pJoints[j])]));
-            JointTracks& lTrack = lTracks[j];
-            const tinygltf::Node& lRest = pModel.nodes[j];
-            std::array<double, 4> lRotation = lTrs.mRotation;
-            const double* lPrevious = lTrack.mRotations.empty() ? lRest.rotation.data() : nullptr;
-            std::array<double, 4> lPreviousKey{};
-            if (!lPrevious)
-            {
-                std::copy(lTrack.mRotations.end() - 4, lTrack.mRotations.end(), lPreviousKey.begin());
-                lPrevious = lPreviousKey.data();
-            }
-            KeepHemisphere(lPrevious, lRotation);
-            for (int a = 0; a < 3; ++a)
-            {
-                lTrack.mTranslations.push_back(static_cast<float>(lTrs.mTranslation[a]));
-                lTrack.mMoves = lTrack.mMoves || std::fabs(lTrs.mTranslation[a] - lRest.translation[a]) > kStill;
-            }
-            for (int a = 0; a < 4; ++a)
-            {
-                lTrack.mRotations.push_back(static_cast<float>(lRotation[a]));
-                lTrack.mTurns = lTrack.mTurns || std::fabs(lRotation[a] - lRest.rotation[a]) > kStill;
-            }
-        }
+            lTracks[j].Add(DecomposeTrs(InMetres(lLocals[static_cast<size_t>(pJoints[j])])), pModel.nodes[j]);
     }
     return lTracks;
 }

@@ -114,6 +114,51 @@ TEST_P(GltfRoundTrip, KeepsEveryJointsWorldPositionAtEveryFrame)
     std::remove(testfiles::ScratchPath("figure.bin").c_str());
 }
 
+// The rotation keys as the file holds them, read from the .glb's chunks without the reader:
+// unit quaternions, each within 90 degrees of turn space of the previous one (a non-negative dot
+// product), so that LINEAR interpolation between two frames takes the short way.
+TEST(GltfWriter, RotationKeysAreUnitAndStayInOneHemisphere)
+{
+    const OrvScenePtr lSource = CreateHostScene();
+    OrvNode* lRoot = BuildFigure(lSource.get());
+    const std::string lPath = testfiles::ScratchPath("hemisphere.glb");
+    orvasf::OrvGltfWriteSettings lSettings;
+    lSettings.mFramesPerSecond = kFramesPerSecond;
+    lSettings.mFrameCount = kFrames;
+    ASSERT_TRUE(orvasf::OrvGltfWriter().Write(lPath, lRoot, nullptr, lSettings));
+    const std::string lFile = testfiles::ReadFile(lPath);
+    std::remove(lPath.c_str());
+    uint32_t lJsonSize = 0;
+    std::memcpy(&lJsonSize, lFile.data() + 12, 4);
+    const json lJson = json::parse(lFile.substr(20, lJsonSize));
+    const char* lBinary = lFile.data() + 20 + lJsonSize + 8;
+
+    int lChecked = 0;
+    for (const json& lChannel : lJson["animations"][0]["channels"])
+    {
+        if (lChannel["target"]["path"] != "rotation") continue;
+        const json& lSampler = lJson["animations"][0]["samplers"][lChannel["sampler"].get<int>()];
+        const json& lAccessor = lJson["accessors"][lSampler["output"].get<int>()];
+        const json& lView = lJson["bufferViews"][lAccessor["bufferView"].get<int>()];
+        std::vector<float> lKeys(lAccessor["count"].get<size_t>() * 4);
+        std::memcpy(lKeys.data(), lBinary + lView.value("byteOffset", 0) + lAccessor.value("byteOffset", 0),
+                    lKeys.size() * sizeof(float));
+        ASSERT_EQ(lKeys.size(), static_cast<size_t>(kFrames * 4));
+        for (size_t k = 0; k < lKeys.size(); k += 4)
+        {
+            const float* lKey = &lKeys[k];
+            EXPECT_NEAR(std::hypot(std::hypot(lKey[0], lKey[1]), std::hypot(lKey[2], lKey[3])), 1.0, 1e-6);
+            if (k == 0) continue;
+            const float lDot = lKey[0] * lKey[-4] + lKey[1] * lKey[-3] + lKey[2] * lKey[-2] + lKey[3] * lKey[-1];
+            EXPECT_GE(lDot, 0.0f) << "node " << lChannel["target"]["node"] << " between keys " << k / 4 - 1 << " and "
+                                  << k / 4;
+        }
+        ++lChecked;
+    }
+    // root, spine and arm turn.
+    EXPECT_EQ(lChecked, 3);
+}
+
 INSTANTIATE_TEST_SUITE_P(Containers, GltfRoundTrip,
                          ::testing::Values(orvasf::OrvGltfContainer::eBinary, orvasf::OrvGltfContainer::eEmbedded,
                                            orvasf::OrvGltfContainer::eSeparate));
