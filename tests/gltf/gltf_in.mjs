@@ -83,16 +83,27 @@ for (const [index, source] of sources.entries()) {
 
 // Bad files: each must be refused with a message naming it and exit status 1.
 const glb = fs.readFileSync(path.join(context.work, `${sources[0].name}.glb`));
-const json = JSON.parse(glb.subarray(20, 20 + glb.readUInt32LE(12)).toString('utf8'));
-const withJson = (pEdit) => { const copy = structuredClone(json); pEdit(copy); return JSON.stringify(copy); };
+const jsonSize = glb.readUInt32LE(12);
+const json = JSON.parse(glb.subarray(20, 20 + jsonSize).toString('utf8'));
+const bin = glb.subarray(28 + jsonSize);
+const withJson = (pEdit) => { const copy = structuredClone(json); pEdit(copy); return copy; };
+// A binary glTF file of pJson and pBin, with consistent chunk and file lengths.
+const makeGlb = (pJson, pBin) => {
+  const raw = Buffer.from(JSON.stringify(pJson));
+  const text = Buffer.concat([raw, Buffer.alloc((4 - (raw.length % 4)) % 4, 0x20)]);
+  const data = Buffer.concat([pBin, Buffer.alloc((4 - (pBin.length % 4)) % 4)]);
+  const words = (...pValues) => Buffer.from(new Uint32Array(pValues).buffer);
+  return Buffer.concat([Buffer.from('glTF'), words(2, 28 + text.length + data.length), words(text.length),
+                        Buffer.from('JSON'), text, words(data.length), Buffer.from('BIN\0'), data]);
+};
+const half = bin.subarray(0, bin.length / 2);
 const badFiles = {
   'not-gltf.gltf': 'HIERARCHY\nROOT Hips\n',
   'truncated.glb': glb.subarray(0, glb.length / 2),
-  'bad-accessor.gltf': withJson((j) => { j.animations[0].samplers[0].output = 9999; j.buffers[0].uri = 'x.bin'; }),
-  'short-buffer.glb': Buffer.concat([glb.subarray(0, 8), glb.subarray(8, 12), glb.subarray(12, glb.length - 4096)]),
-  'no-skin.gltf': withJson((j) => { delete j.skins; delete j.scenes; delete j.scene; j.buffers[0].uri = 'x.bin'; }),
+  'bad-accessor.glb': makeGlb(withJson((j) => { j.animations[0].samplers[0].output = 9999; }), bin),
+  'short-buffer.glb': makeGlb(withJson((j) => { j.buffers[0].byteLength = half.length; }), half),
+  'no-skin.glb': makeGlb(withJson((j) => { delete j.skins; delete j.scenes; delete j.scene; }), bin),
 };
-fs.writeFileSync(path.join(context.work, 'x.bin'), glb.subarray(28 + glb.readUInt32LE(12)));
 for (const [name, bytes] of Object.entries(badFiles)) {
   const file = path.join(context.work, name);
   fs.writeFileSync(file, bytes);
