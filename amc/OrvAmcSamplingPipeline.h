@@ -1,6 +1,7 @@
 #ifndef ORVASF_AMC_ORVAMCSAMPLINGPIPELINE_H
 #define ORVASF_AMC_ORVAMCSAMPLINGPIPELINE_H
 
+#include "amc/OrvAmcExport.h"
 #include "orvsdk/host/core/OrvTime.h"
 #include "orvsdk/skeleton/OrvAsfNode.h"
 
@@ -13,40 +14,45 @@
 
 namespace orvasf {
 
-// How every bone line of a run is sampled: the arguments of AddSampleFromDOF besides the line.
+/// How every bone line of a run is sampled: the arguments of AddSampleFromDOF besides the line.
 struct OrvAmcSampleFactors
 {
-    double mTranslationFactor = 1.0;
-    double mRotationFactor = 1.0;
+    double mTranslationFactor = 1.0; ///< scales the translation values
+    double mRotationFactor = 1.0;    ///< scales the rotation values
+    ///@{
+    /// The set-up flags of the run.
     bool mUseRotationOffset = false;
     bool mUsePreRotation = false;
+    ///@}
 };
 
-// Samples the bone lines of a motion on worker threads while the reader goes on reading. Lines
-// are gathered in blocks of frames; each worker samples, in file order, the lines of the bones
-// whose share is its own, so every curve receives the keys one thread would give it, in the same
-// order, and no curve is touched by two threads. At most two blocks are in flight, so memory stays
-// bounded whatever the motion's length. Bones must not change (but for their curves' keys) while
-// the pipeline lives; the caller must not touch the bones' curves until Finish returns.
-class OrvAmcSamplingPipeline
+/// Samples the bone lines of a motion on worker threads while the reader goes on reading. Lines
+/// are gathered in blocks of frames; each worker samples, in file order, the lines of the bones
+/// whose share is its own, so every curve receives the keys one thread would give it, in the same
+/// order, and no curve is touched by two threads. At most two blocks are in flight, so memory stays
+/// bounded whatever the motion's length. Bones must not change (but for their curves' keys) while
+/// the pipeline lives; the caller must not touch the bones' curves until Finish returns.
+class ORVAMC_API OrvAmcSamplingPipeline
 {
 public:
-    // Lines per block before it is handed over: about a tenth of a millisecond of sampling work
-    // per worker, large enough that waking the workers costs little.
+    /// Lines per block before it is handed over: about a tenth of a millisecond of sampling work
+    /// per worker, large enough that waking the workers costs little.
     static constexpr size_t kBlockLines = 4096;
 
-    // Starts pWorkers threads (at least 1); a line of share s goes to worker s % pWorkers.
+    /// Starts pWorkers threads (at least 1); a line of share s goes to worker s % pWorkers.
     OrvAmcSamplingPipeline(int pWorkers, const OrvAmcSampleFactors& pFactors);
-    // Finishes (see Finish) and joins the workers.
+    ///@{
+    /// Finishes (see Finish) and joins the workers.
     ~OrvAmcSamplingPipeline();
     OrvAmcSamplingPipeline(const OrvAmcSamplingPipeline&) = delete;
     OrvAmcSamplingPipeline& operator=(const OrvAmcSamplingPipeline&) = delete;
+    ///@}
 
-    // Queues pCount values (at most OrvAsfNode::kMaxDofs are kept) of pBone's line at pTime. May
-    // wait for the workers when two blocks are already in flight.
+    /// Queues pCount values (at most OrvAsfNode::kMaxDofs are kept) of pBone's line at pTime. May
+    /// wait for the workers when two blocks are already in flight.
     void Add(orvsdk::OrvAsfNode& pBone, int pShare, orvsdk::OrvTime pTime, const double* pValues, int pCount);
-    // Hands over the lines queued so far and waits until every one is sampled. Rethrows the first
-    // exception a worker met (the lines after it in that worker are not sampled).
+    /// Hands over the lines queued so far and waits until every one is sampled. Rethrows the first
+    /// exception a worker met (the lines after it in that worker are not sampled).
     void Finish();
 
 private:

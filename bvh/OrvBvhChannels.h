@@ -1,6 +1,7 @@
 #ifndef ORVASF_BVH_ORVBVHCHANNELS_H
 #define ORVASF_BVH_ORVBVHCHANNELS_H
 
+#include "bvh/OrvBvhExport.h"
 #include "orvsdk/host/math/OrvEuler.h"
 
 // The channels of a BVH joint and how its rotation channels map to a host rotation order.
@@ -12,7 +13,7 @@
 
 namespace orvasf {
 
-// Channel codes; a code's axis (0 X, 1 Y, 2 Z) is the code modulo 3.
+/// Channel codes; a code's axis (0 X, 1 Y, 2 Z) is the code modulo 3.
 enum EBvhChannel
 {
     eBvhXposition = 0,
@@ -24,20 +25,20 @@ enum EBvhChannel
     eBvhChannelCount = 6
 };
 
-// The channel's name as BVH files write it ("Xposition" ... "Zrotation"); pChannel must be a code.
-const char* BvhChannelName(int pChannel);
+/// The channel's name as BVH files write it ("Xposition" ... "Zrotation"); pChannel must be a code.
+ORVBVH_API const char* BvhChannelName(int pChannel);
 
-// The code of a channel name, compared without regard to ASCII case; -1 for any other text.
-int BvhChannelFromName(const char* pName);
+/// The code of a channel name, compared without regard to ASCII case; -1 for any other text.
+ORVBVH_API int BvhChannelFromName(const char* pName);
 
-// The host rotation order that reproduces a joint's rotation channels: pAxes holds the axes of its
-// pCount (0 to 3, distinct) rotation channels in list order. Axes the joint does not rotate about
-// are placed where they change nothing (their angle is always 0). No rotation channel gives X, Y, Z.
-orvsdk::OrvEuler::EOrder HostOrderFromBvhAxes(const int* pAxes, int pCount);
+/// The host rotation order that reproduces a joint's rotation channels: pAxes holds the axes of its
+/// pCount (0 to 3, distinct) rotation channels in list order. Axes the joint does not rotate about
+/// are placed where they change nothing (their angle is always 0). No rotation channel gives X, Y, Z.
+ORVBVH_API orvsdk::OrvEuler::EOrder HostOrderFromBvhAxes(const int* pAxes, int pCount);
 
-// The axes of the three rotation channels a BVH joint lists for host order pOrder (0 to 5), in
-// list order: the reverse of the order's sequence.
-void BvhAxesFromHostOrder(orvsdk::OrvEuler::EOrder pOrder, int pAxes[3]);
+/// The axes of the three rotation channels a BVH joint lists for host order pOrder (0 to 5), in
+/// list order: the reverse of the order's sequence.
+ORVBVH_API void BvhAxesFromHostOrder(orvsdk::OrvEuler::EOrder pOrder, int pAxes[3]);
 
 } // namespace orvasf
 

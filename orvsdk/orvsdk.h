@@ -41,4 +41,8 @@
 #include "orvsdk/skeleton/OrvAsfScene.h"
 #include "orvsdk/skeleton/OrvRotationOrder.h"
 
+/// @namespace orvsdk
+/// The ASF skeleton module (OrvFileAcclaimAsf, OrvAsfScene, OrvAsfNode) and the host layer it
+/// sits on: memory, math, text files and diagnostics, the scene graph, animation and curve filters.
+
 #endif

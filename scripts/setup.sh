@@ -9,6 +9,8 @@ packages=(cmake g++ make libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev
 packages+=(time)
 # gcovr reports line coverage in scripts/coverage.sh.
 packages+=(gcovr)
+# doxygen builds the API reference (the docs target); pkgconf checks the installed orvsdk.pc.
+packages+=(doxygen pkgconf)
 # tinygltf reads and writes glTF files; node and npm run the glTF checks of the Khronos validator
 # and three.js (package.json), and assimp reads and writes glTF files for them. A node that came
 # with its own npm (as other distributions of node do) is kept.

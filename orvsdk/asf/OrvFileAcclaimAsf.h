@@ -1,6 +1,7 @@
 #ifndef ORVSDK_ASF_ORVFILEACCLAIMASF_H
 #define ORVSDK_ASF_ORVFILEACCLAIMASF_H
 
+#include "orvsdk/OrvSdkExport.h"
 #include "orvsdk/host/io/OrvTextFile.h"
 
 #include <string_view>
@@ -11,61 +12,63 @@ namespace orvsdk {
 class OrvAsfNode;
 class OrvAsfScene;
 
-// An Acclaim ASF skeleton file: reads one into an OrvAsfScene and writes one out.
-//
-// Open the file through the OrvTextFile base (Open for reading, Create for writing), then call
-// Read or Write once. The class never owns the scene it is given. Each instance keeps its own
-// keyword match counters, so different instances may read at the same time on different
-// threads; one instance is used by one thread at a time.
-//
-// Where the members are defined, by group: Read, its section walk and the small sections
-// (":version", ":name", ":units", ":documentation", ":skin") in asf/OrvFileAcclaimAsf.cpp;
-// ":root" and ":bonedata" in asf/OrvFileAcclaimAsfBones.cpp; ":hierarchy" in
-// asf/OrvFileAcclaimAsfHierarchy.cpp; Write and its sections in asf/OrvFileAcclaimAsfWriter.cpp.
-class OrvFileAcclaimAsf : public OrvTextFile
+/// An Acclaim ASF skeleton file: reads one into an OrvAsfScene and writes one out.
+///
+/// Open the file through the OrvTextFile base (Open for reading, Create for writing), then call
+/// Read or Write once. The class never owns the scene it is given. Each instance keeps its own
+/// keyword match counters, so different instances may read at the same time on different
+/// threads; one instance is used by one thread at a time.
+///
+/// Where the members are defined, by group: Read, its section walk and the small sections
+/// (":version", ":name", ":units", ":documentation", ":skin") in asf/OrvFileAcclaimAsf.cpp;
+/// ":root" and ":bonedata" in asf/OrvFileAcclaimAsfBones.cpp; ":hierarchy" in
+/// asf/OrvFileAcclaimAsfHierarchy.cpp; Write and its sections in asf/OrvFileAcclaimAsfWriter.cpp.
+class ORVSDK_API OrvFileAcclaimAsf : public OrvTextFile
 {
 public:
-    // The deepest a bone of a read skeleton may lie, counted in bones below the root (the root's
-    // children lie at depth 1). A hierarchy that would place a bone deeper is refused with the
-    // error "Bone NAME lies deeper than 1000 bones below the root", so no walk over a tree read
-    // from a file, in this module or in its callers, meets a deeper one.
+    /// The deepest a bone of a read skeleton may lie, counted in bones below the root (the root's
+    /// children lie at depth 1). A hierarchy that would place a bone deeper is refused with the
+    /// error "Bone NAME lies deeper than 1000 bones below the root", so no walk over a tree read
+    /// from a file, in this module or in its callers, meets a deeper one.
     static constexpr int kMaxBoneDepth = 1000;
 
-    // pEchoMessages: print every warning and error on standard error as well.
+    /// pEchoMessages: print every warning and error on standard error as well.
     explicit OrvFileAcclaimAsf(bool pEchoMessages);
-    // Closes the file.
+    /// Closes the file.
     ~OrvFileAcclaimAsf() override;
 
-    // Reads the whole file into pScene, which the caller has constructed empty, then sets up
-    // every bone's rest pose with the two set-up flags (see OrvAsfNode::SetupPosition) and, with
-    // pRemoveDummy, removes the bones without degrees of freedom. True when the file held a
-    // root section and no section was refused (the last message tells why, unless the file
-    // ended where it may not, or held no root). On false the scene keeps what was read so far
-    // (name, units, root and attached bones) without rest values; the caller owns it either way.
-    // Cost: linear in the file's size for skeletons whose bone names are unique, times the
-    // depth (at most kMaxBoneDepth) for the hierarchy lines; a name that several bones share is
-    // looked up by a search of the whole tree.
+    /// Reads the whole file into pScene, which the caller has constructed empty, then sets up
+    /// every bone's rest pose with the two set-up flags (see OrvAsfNode::SetupPosition) and, with
+    /// pRemoveDummy, removes the bones without degrees of freedom. True when the file held a
+    /// root section and no section was refused (the last message tells why, unless the file
+    /// ended where it may not, or held no root). On false the scene keeps what was read so far
+    /// (name, units, root and attached bones) without rest values; the caller owns it either way.
+    /// Cost: linear in the file's size for skeletons whose bone names are unique, times the
+    /// depth (at most kMaxBoneDepth) for the hierarchy lines; a name that several bones share is
+    /// looked up by a search of the whole tree.
     bool Read(OrvAsfScene* pScene, bool pRemoveDummy, bool pUseRotationOffset, bool pUsePreRotation);
 
-    // Writes pScene (its mRoot must be set) as an ASF file: header, root, one block per bone in
-    // depth-first pre-order, hierarchy. True when every piece was printed; false once the file
-    // reported an output error. The file is completed only by Close, whose result counts too.
-    // Works at any depth (no recursion).
+    /// Writes pScene (its mRoot must be set) as an ASF file: header, root, one block per bone in
+    /// depth-first pre-order, hierarchy. True when every piece was printed; false once the file
+    /// reported an output error. The file is completed only by Close, whose result counts too.
+    /// Works at any depth (no recursion).
     bool Write(OrvAsfScene* pScene);
 
-    // Keyword tables; a keyword's code is its index. Each ends with a record whose keyword is "".
-    static const TextToken smMain[];      // section keywords; ":" catches any other ':' word
+    ///@{
+    /// Keyword tables; a keyword's code is its index. Each ends with a record whose keyword is "".
+    static const TextToken smMain[];      ///< section keywords; ":" catches any other ':' word
     static const TextToken smUnits[];
     static const TextToken smAngle[];
     static const TextToken smRoot[];
-    static const TextToken smGroup[];     // "begin", "end"
+    static const TextToken smGroup[];     ///< "begin", "end"
     static const TextToken smBoneData[];
-    static const TextToken smDof[];       // DOF codes; "l" is recognised, never stored
-    static const TextToken smOrder[];     // the root's order list
-    static const TextToken smAxis[];      // axis order words
-    static const char* const smType;      // "ASF"
-    static const char* const smCom;       // "#"
-    static const char* const smDel;       // token delimiters
+    static const TextToken smDof[];       ///< DOF codes; "l" is recognised, never stored
+    static const TextToken smOrder[];     ///< the root's order list
+    static const TextToken smAxis[];      ///< axis order words
+    static const char* const smType;      ///< "ASF"
+    static const char* const smCom;       ///< "#"
+    static const char* const smDel;       ///< token delimiters
+    ///@}
 
 private:
     // Codes of the keyword tables (their indices).

@@ -3,6 +3,7 @@
 #include "amc/OrvAmcWriter.h"
 #include "bvh/OrvBvhWriter.h"
 #include "gltf/OrvGltfWriter.h"
+#include "orvsdk/OrvVersion.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
 #include "tools/orvasf/ExitStatus.h"
 #include "tools/orvasf/MessagePrinter.h"
@@ -92,7 +93,7 @@ bool WriteGltf(const std::string& pPath, const OrvImportResult& pImport, const C
     lSettings.mFramesPerSecond = pImport.mFramesPerSecond;
     lSettings.mFrameCount = pImport.mHasMotion ? FramesToWrite(pImport) : 0;
     lSettings.mAnimationName = pOptions.mImport.mSettings.mTakeName;
-    lSettings.mGenerator = "orvasf " ORVASF_VERSION;
+    lSettings.mGenerator = "orvasf " ORVSDK_VERSION;
     OrvGltfWriter lWriter;
     const bool lWritten = lWriter.Write(pPath, pImport.mRoot, pImport.mTake, lSettings);
     PrintMessages(lWriter.GetMessages());

@@ -5,6 +5,8 @@
 #include "tools/orvasf/ExitStatus.h"
 #include "tools/orvasf/OutputText.h"
 
+#include "orvsdk/OrvVersion.h"
+
 #include <CLI/CLI.hpp>
 
 #include <string>
@@ -79,7 +81,7 @@ int Run(int pArgc, char** pArgv)
 {
     CLI::App lApp("Reads, converts and writes Acclaim ASF skeletons and AMC motions.", "orvasf");
     lApp.footer(kExitStatusFooter);
-    lApp.set_version_flag("--version", "orvasf " ORVASF_VERSION);
+    lApp.set_version_flag("--version", "orvasf " ORVSDK_VERSION);
     lApp.require_subcommand(1);
 
     std::vector<std::string> lCheckPaths;

@@ -9,11 +9,11 @@
 
 namespace orvsdk {
 
-// Growable array of trivially copyable elements held in one host-allocated block: a header
-// (element count and capacity, 32-bit each, padded to pAlignment bytes) followed by the
-// elements. The array object itself is one pointer, null while no storage was ever needed.
-// Add doubles the capacity (1, 2, 4, 8, ...) through OrvRealloc; removal never shrinks or frees
-// the block. The array owns its block and frees it on destruction; it cannot be copied.
+/// Growable array of trivially copyable elements held in one host-allocated block: a header
+/// (element count and capacity, 32-bit each, padded to pAlignment bytes) followed by the
+/// elements. The array object itself is one pointer, null while no storage was ever needed.
+/// Add doubles the capacity (1, 2, 4, 8, ...) through OrvRealloc; removal never shrinks or frees
+/// the block. The array owns its block and frees it on destruction; it cannot be copied.
 template <typename T, size_t pAlignment = 16>
 class OrvArray
 {
@@ -25,9 +25,9 @@ public:
     OrvArray(const OrvArray&) = delete;
     OrvArray& operator=(const OrvArray&) = delete;
 
-    // Appends a copy of pElement (copied before the block may move, so an element of this very
-    // array may be passed) and returns its index; -1, with the array unchanged, when the block
-    // cannot grow. Amortised constant time.
+    /// Appends a copy of pElement (copied before the block may move, so an element of this very
+    /// array may be passed) and returns its index; -1, with the array unchanged, when the block
+    /// cannot grow. Amortised constant time.
     int Add(const T& pElement)
     {
         const T lCopy = pElement;
@@ -37,8 +37,8 @@ public:
         return lHeader->mCount++;
     }
 
-    // Removes the element at pIndex, moving later elements down by one place; an index outside
-    // 0 .. GetCount() - 1 changes nothing. The storage is kept.
+    /// Removes the element at pIndex, moving later elements down by one place; an index outside
+    /// 0 .. GetCount() - 1 changes nothing. The storage is kept.
     void RemoveAt(int pIndex)
     {
         if (!mBlock || pIndex < 0 || pIndex >= GetHeader()->mCount) return;
@@ -48,7 +48,7 @@ public:
         --lHeader->mCount;
     }
 
-    // Index of the first element equal to pElement, or -1.
+    /// Index of the first element equal to pElement, or -1.
     int Find(const T& pElement) const
     {
         for (int i = 0; i < GetCount(); ++i)
@@ -56,27 +56,33 @@ public:
         return -1;
     }
 
-    // Sets the count to 0 and keeps the storage.
+    /// Sets the count to 0 and keeps the storage.
     void Clear()
     {
         if (mBlock) GetHeader()->mCount = 0;
     }
 
-    // Frees the storage; the array is empty and without storage afterwards.
+    /// Frees the storage; the array is empty and without storage afterwards.
     void Release()
     {
         OrvFree(mBlock);
         mBlock = nullptr;
     }
 
+    /// True once a block was allocated (and not released).
     bool HasStorage() const { return mBlock != nullptr; }
+    ///@{
+    /// Number of elements, and of elements the block holds before it must grow; 0 without storage.
     int GetCount() const { return mBlock ? GetHeader()->mCount : 0; }
     int GetCapacity() const { return mBlock ? GetHeader()->mCapacity : 0; }
+    ///@}
 
-    // Element access; the index must be within 0 .. GetCount() - 1.
+    ///@{
+    /// Element access; the index must be within 0 .. GetCount() - 1.
     T& operator[](int pIndex) { return Data()[pIndex]; }
     const T& operator[](int pIndex) const { return Data()[pIndex]; }
     T GetAt(int pIndex) const { return Data()[pIndex]; }
+    ///@}
 
 private:
     struct Header
