@@ -3,6 +3,7 @@
 // on it, then all together.
 #include "bench/BenchSupport.h"
 
+#include "gltf/OrvGltfWriter.h"
 #include "orvsdk/host/scene/OrvPoseEvaluator.h"
 
 #include <benchmark/benchmark.h>
@@ -273,6 +274,52 @@ void BM_ImportAndPositions(benchmark::State& pState)
     pState.SetLabel("items = frames");
 }
 BENCHMARK(BM_ImportAndPositions)->Unit(benchmark::kMillisecond);
+
+// --- glTF ----------------------------------------------------------------------------------------
+
+// The import pair's scene written as .glb (pose evaluation, decomposition, buffer, file), per frame.
+void BM_GltfWrite(benchmark::State& pState)
+{
+    const MotionPair lPair = ImportPair();
+    if (!PairReadable(pState, lPair)) return;
+    const orvasf::OrvImportResult lImport =
+        orvasf::OrvImportAsf(lPair.mSkeleton, lPair.mMotion, orvasf::OrvImportSettings());
+    orvasf::OrvGltfWriteSettings lSettings;
+    lSettings.mFramesPerSecond = lImport.mFramesPerSecond;
+    lSettings.mFrameCount = static_cast<int>(lImport.mFrameSpan);
+    const std::string lPath = (fs::temp_directory_path() / "orv_bench.glb").string();
+    orvasf::OrvGltfWriter lWriter;
+    for (auto lIteration : pState)
+        if (!lWriter.Write(lPath, lImport.mRoot, lImport.mTake, lSettings)) pState.SkipWithError("cannot write glTF");
+    pState.SetItemsProcessed(pState.iterations() * lSettings.mFrameCount);
+    pState.SetBytesProcessed(pState.iterations() * static_cast<int64_t>(fs::file_size(lPath)));
+    pState.SetLabel("items = frames, bytes = .glb");
+    fs::remove(lPath);
+}
+BENCHMARK(BM_GltfWrite)->Unit(benchmark::kMillisecond);
+
+// That .glb read back into a host scene, sampled at its keyframe times, per frame.
+void BM_GltfRead(benchmark::State& pState)
+{
+    const MotionPair lPair = ImportPair();
+    if (!PairReadable(pState, lPair)) return;
+    const orvasf::OrvImportResult lImport =
+        orvasf::OrvImportAsf(lPair.mSkeleton, lPair.mMotion, orvasf::OrvImportSettings());
+    orvasf::OrvGltfWriteSettings lSettings;
+    lSettings.mFramesPerSecond = lImport.mFramesPerSecond;
+    lSettings.mFrameCount = static_cast<int>(lImport.mFrameSpan);
+    const std::string lPath = (fs::temp_directory_path() / "orv_bench_read.glb").string();
+    if (!orvasf::OrvGltfWriter().Write(lPath, lImport.mRoot, lImport.mTake, lSettings))
+        return pState.SkipWithError("cannot write glTF");
+    int64_t lFrames = 0;
+    for (auto lIteration : pState)
+        lFrames += orvasf::OrvImportGltf(lPath, orvasf::OrvImportSettings(), orvasf::OrvGltfReadSettings()).mFrameCount;
+    pState.SetItemsProcessed(lFrames);
+    pState.SetBytesProcessed(pState.iterations() * static_cast<int64_t>(fs::file_size(lPath)));
+    pState.SetLabel("items = frames, bytes = .glb");
+    fs::remove(lPath);
+}
+BENCHMARK(BM_GltfRead)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

@@ -203,4 +203,29 @@ OrvImportResult OrvImportBvh(const std::string& pPath, const OrvImportSettings& 
     return lResult;
 }
 
+OrvImportResult OrvImportGltf(const std::string& pPath, const OrvImportSettings& pSettings,
+                              const OrvGltfReadSettings& pGltfSettings)
+{
+    OrvImportResult lResult;
+    // The reader puts each node's rest translation in its rotation offset.
+    lResult.mRestInRotationOffsets = true;
+    CreateSceneAndTake("glTF", pSettings, lResult);
+    OrvGltfReader lReader;
+    const Clock::time_point lStart = Clock::now();
+    const OrvGltfReadResult lRead = lReader.Read(pPath, lResult.mScene->GetRootNode(), lResult.mTake, pGltfSettings);
+    lResult.mTimings.mSamplingSeconds = SecondsSince(lStart);
+    Append(lResult.mMessages, lReader.GetMessages());
+    if (!lRead.mSucceeded) return lResult;
+    lResult.mSucceeded = true;
+    lResult.mRoot = lRead.mRoot;
+    lResult.mJointCount = lRead.mJointCount;
+    lResult.mHasMotion = lRead.mHasMotion;
+    lResult.mFrameCount = lRead.mFrameCount;
+    lResult.mFrameSpan = lRead.mFrameCount;
+    // Without an animation the rest pose is one frame at the settings' rate.
+    lResult.mFramesPerSecond = lRead.mHasMotion ? lRead.mFramesPerSecond : pSettings.mFramesPerSecond;
+    lResult.mJointTranslation = lRead.mHasJointTranslation;
+    return lResult;
+}
+
 } // namespace orvasf

@@ -2,6 +2,7 @@
 #define ORVASF_DRIVER_ORVIMPORTDRIVER_H
 
 #include "driver/OrvDriverExport.h"
+#include "gltf/OrvGltfReader.h"
 #include "orvsdk/host/io/OrvDiagnostics.h"
 #include "orvsdk/host/scene/OrvScene.h"
 #include "orvsdk/skeleton/OrvAsfScene.h"
@@ -119,6 +120,13 @@ ORVDRIVER_API OrvImportResult OrvImportAsf(const std::string& pAsfPath, const st
 /// under the scene's root node, its motion curves in the take pSettings names. Only the take
 /// name of pSettings applies; the file states its own frame rate. A refused file leaves no node.
 ORVDRIVER_API OrvImportResult OrvImportBvh(const std::string& pPath, const OrvImportSettings& pSettings);
+
+/// Imports the glTF file at pPath (.gltf or .glb) into a new host scene named "glTF": its joints
+/// become nodes under the scene's root node, its animation (chosen and sampled as pGltfSettings
+/// say; see OrvGltfReader) curves in the take pSettings names. Only the take name of pSettings
+/// applies. A refused file leaves no node.
+ORVDRIVER_API OrvImportResult OrvImportGltf(const std::string& pPath, const OrvImportSettings& pSettings,
+                                            const OrvGltfReadSettings& pGltfSettings);
 
 } // namespace orvasf
 

@@ -104,6 +104,10 @@ def write_all(output, skeletons, motions, pairs, texts):
                   for skip in (True, False)]
     write_corpus(os.path.join(output, "fuzz_textfile"), text_seeds)
 
+    # Each glTF seed sampled at its keyframe times and at 24 frames per second.
+    gltf_seeds = [bytes([rate]) + seed for seed in hand_made("gltf") for rate in (0, 24)]
+    write_corpus(os.path.join(output, "fuzz_gltf_reader"), gltf_seeds)
+
 
 def from_examples(output):
     walker_asf = read(os.path.join(EXAMPLES, "walker.asf"))

@@ -13,7 +13,7 @@ cd "$(dirname "$0")/.."
 seconds="${1:-20}"
 shift || true
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(fuzz_asf_reader fuzz_textfile fuzz_amc_reader fuzz_amc_skeleton)
+[ ${#targets[@]} -gt 0 ] || targets=(fuzz_asf_reader fuzz_textfile fuzz_amc_reader fuzz_amc_skeleton fuzz_gltf_reader)
 
 cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz >/dev/null
@@ -28,6 +28,7 @@ dictionary_for() {
     fuzz_asf_reader) echo fuzz/asf.dict ;;
     fuzz_textfile) echo fuzz/textfile.dict ;;
     fuzz_amc_reader) echo fuzz/amc.dict ;;
+    fuzz_gltf_reader) echo fuzz/gltf.dict ;;
     fuzz_amc_skeleton)
       cat fuzz/asf.dict fuzz/amc.dict fuzz/amc_skeleton.dict >"$build/fuzz_amc_skeleton.dict"
       echo "$build/fuzz_amc_skeleton.dict" ;;

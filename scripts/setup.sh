@@ -14,6 +14,12 @@ packages+=(doxygen pkgconf)
 # The orvasf Python package (python/) is built with pybind11 against Debian's Python and NumPy;
 # pytest runs its tests.
 packages+=(python3-dev python3-numpy pybind11-dev python3-pytest)
+# tinygltf reads and writes glTF files; node and npm run the glTF checks of the Khronos validator
+# and three.js (package.json), and assimp reads and writes glTF files for them. A node that came
+# with its own npm (as other distributions of node do) is kept.
+packages+=(libtinygltf-dev assimp-utils)
+command -v node >/dev/null 2>&1 || packages+=(nodejs)
+command -v npm >/dev/null 2>&1 || packages+=(npm)
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")
@@ -35,4 +41,11 @@ if ! locale -a 2>/dev/null | grep -qi '^de_DE\.utf-\?8$'; then
   else
     sudo sed -i 's/^# *de_DE.UTF-8 UTF-8/de_DE.UTF-8 UTF-8/' /etc/locale.gen && sudo locale-gen >/dev/null
   fi
+fi
+
+# The node packages of the glTF checks, at the versions package-lock.json pins.
+root="$(cd "$(dirname "$0")/.." && pwd)"
+if [ ! -d "$root/node_modules" ] || [ "$root/package-lock.json" -nt "$root/node_modules" ]; then
+  echo "setup: installing the node packages of package-lock.json" >&2
+  (cd "$root" && npm ci --no-audit --no-fund --loglevel=error)
 fi

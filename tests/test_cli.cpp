@@ -151,6 +151,12 @@ TEST_F(CliTest, PosePrintsOneRowPerFrameAndNode)
 
     ASSERT_EQ(Run("pose " + sSamplePair + " -o " + Work("pose.csv")).mStatus, 0);
     EXPECT_EQ(Lines(ReadFile(WorkPath("pose.csv"))).size(), 1u + static_cast<size_t>(kSampleFrames) * kSampleNodes);
+
+    // --decimals from 0 to 17 digits after the point; 18 is a usage error.
+    EXPECT_EQ(Lines(Run("pose " + sSamplePair + " --frames 0 --decimals 0").mOut)[1], "0,root,0,95,0");
+    EXPECT_EQ(Lines(Run("pose " + sSamplePair + " --frames 0 --decimals 17").mOut)[1].size(),
+              std::string("0,root,0.00000000000000000,95.39111111111111427,0.00000000000000000").size());
+    EXPECT_EQ(Run("pose " + sSamplePair + " --frames 0 --decimals 18").mStatus, 2);
 }
 
 TEST_F(CliTest, FormatOutputReadsBackToTheSameTree)
@@ -235,13 +241,20 @@ TEST_F(CliTest, ConvertUsageErrorsExitWithTwoAndUnwritableOutputsWithThree)
     const std::string lBvh = Work("small.bvh");
     const ToolRun lFormat = Run("convert " + lBvh + " -o " + Work("out.fbx"));
     EXPECT_EQ(lFormat.mStatus, 2);
-    EXPECT_NE(lFormat.mErr.find("convert writes .bvh or .asf files"), std::string::npos) << lFormat.mErr;
+    EXPECT_NE(lFormat.mErr.find("convert writes .asf, .bvh, .glb or .gltf files"), std::string::npos) << lFormat.mErr;
     EXPECT_EQ(Run("convert " + lBvh + " --motion " + sSampleMotion + " -o " + Work("out.asf")).mStatus, 2);
     EXPECT_EQ(Run("convert " + lBvh + " -o " + Work("out.bvh") + " --motion-out " + Work("out.amc")).mStatus, 2);
+    // glTF options outside glTF files: an animation to choose in a BVH input, a buffer layout of a .glb.
+    EXPECT_EQ(Run("convert " + lBvh + " -o " + Work("out.glb") + " --animation walk").mStatus, 2);
+    EXPECT_EQ(Run("convert " + lBvh + " -o " + Work("out.glb") + " --buffer separate").mStatus, 2);
+    EXPECT_EQ(Run("convert " + lBvh + " -o " + Work("out.gltf") + " --buffer inside").mStatus, 2);
 
-    const ToolRun lUnwritable = Run("convert " + lBvh + " -o " + Work("missing/out.bvh"));
-    EXPECT_EQ(lUnwritable.mStatus, 3);
-    EXPECT_NE(lUnwritable.mErr.find("error: Can't create BVH file"), std::string::npos) << lUnwritable.mErr;
+    for (const char* lOutput : {"missing/out.bvh", "missing/out.glb"})
+    {
+        const ToolRun lUnwritable = Run("convert " + lBvh + " -o " + Work(lOutput));
+        EXPECT_EQ(lUnwritable.mStatus, 3) << lOutput;
+        EXPECT_NE(lUnwritable.mErr.find("error: Can't create"), std::string::npos) << lUnwritable.mErr;
+    }
     EXPECT_EQ(WorkFolderEntries(), std::vector<std::string>{"small.bvh"});
 }
 

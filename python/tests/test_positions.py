@@ -12,9 +12,10 @@ from conftest import SAMPLE_AMC, SAMPLE_ASF, SHARED_BVH, SHARED_PAIRS, TOOL, nee
 CM_PER_INCH = 2.54
 
 
-def tool_pose_rows(asf, amc):
+def tool_pose_rows(asf, amc, decimals=4):
     """The rows of `orvasf pose ASF AMC` for every frame, header dropped."""
-    run = subprocess.run([TOOL, "pose", str(asf), str(amc)], capture_output=True, text=True, check=True)
+    run = subprocess.run([TOOL, "pose", str(asf), str(amc), "--decimals", str(decimals)], capture_output=True,
+                         text=True, check=True)
     return run.stdout.splitlines()[1:]
 
 
@@ -36,6 +37,9 @@ def test_positions_print_as_the_pose_command_prints_them(asf_name, amc_name):
     expected = np.array([[float(v) for v in row.rsplit(",", 3)[1:]] for row in rows]).reshape(positions.shape)
     # The tool prints four decimals: every printed digit must agree.
     assert np.abs(positions - expected).max() <= 0.00005 + 1e-9
+    # With nine, the positions themselves agree to 1e-6 cm.
+    precise = np.array([[float(v) for v in row.rsplit(",", 3)[1:]] for row in tool_pose_rows(asf, amc, 9)])
+    assert np.abs(positions - precise.reshape(positions.shape)).max() <= 1e-6
     for index, row in enumerate(rows):
         frame, joint = divmod(index, len(names))
         ours = ",".join([str(frame), names[joint]] + [formatted_like_the_tool(v) for v in positions[frame, joint]])

@@ -11,9 +11,10 @@ namespace orvasf::tool {
 // Everything an import needs: the files and the settings of reading, sampling and node building.
 struct ImportOptions
 {
-    std::string mAsfPath;     // the ASF file, or the BVH file of a conversion
+    std::string mAsfPath;     // the ASF file, or the BVH or glTF file of a conversion
     std::string mMotionPath;  // empty: import the skeleton alone
     OrvImportSettings mSettings;
+    OrvGltfReadSettings mGltf;  // the animation and sampling of a glTF file
 };
 
 // The "import" subcommand.
@@ -30,6 +31,7 @@ struct PoseCommandOptions
     ImportOptions mImport;
     std::string mFrames;      // frame list text; empty: every frame
     std::string mOutputPath;  // empty: standard output
+    int mDecimals = 4;        // digits after the point of every coordinate
 };
 
 // The "export" subcommand.

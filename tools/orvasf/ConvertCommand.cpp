@@ -1,6 +1,8 @@
 #include "tools/orvasf/ConvertCommand.h"
 
 #include "driver/OrvExportDriver.h"
+#include "gltf/OrvGltfWriter.h"
+#include "orvsdk/OrvVersion.h"
 #include "tools/orvasf/ExitStatus.h"
 #include "tools/orvasf/MessagePrinter.h"
 #include "tools/orvasf/ToolImport.h"
@@ -19,7 +21,9 @@ enum class EFormat
 {
     eUnknown,
     eAsf,
-    eBvh
+    eBvh,
+    eGlb,
+    eGltf
 };
 
 EFormat FormatOf(const std::string& pPath)
@@ -29,32 +33,67 @@ EFormat FormatOf(const std::string& pPath)
                    [](unsigned char pChar) { return static_cast<char>(std::tolower(pChar)); });
     if (lExtension == ".asf") return EFormat::eAsf;
     if (lExtension == ".bvh") return EFormat::eBvh;
+    if (lExtension == ".glb") return EFormat::eGlb;
+    if (lExtension == ".gltf") return EFormat::eGltf;
     return EFormat::eUnknown;
 }
 
 // The text of a usage problem, or empty when the options fit the files' formats.
 std::string UsageProblem(const ConvertCommandOptions& pOptions, EFormat pInput, EFormat pOutput)
 {
-    if (pInput == EFormat::eUnknown) return "convert reads .asf or .bvh files, not " + pOptions.mImport.mAsfPath;
-    if (pOutput == EFormat::eUnknown) return "convert writes .bvh or .asf files, not " + pOptions.mOutputPath;
-    if (pInput == EFormat::eBvh && !pOptions.mImport.mMotionPath.empty())
-        return "--motion goes with an ASF input; a BVH file holds its motion";
-    if (pOutput == EFormat::eBvh && !pOptions.mMotionOutputPath.empty())
-        return "--motion-out goes with an ASF output; a BVH file holds its motion";
+    const bool lGltfInput = pInput == EFormat::eGlb || pInput == EFormat::eGltf;
+    if (pInput == EFormat::eUnknown)
+        return "convert reads .asf, .bvh, .glb or .gltf files, not " + pOptions.mImport.mAsfPath;
+    if (pOutput == EFormat::eUnknown)
+        return "convert writes .asf, .bvh, .glb or .gltf files, not " + pOptions.mOutputPath;
+    if (pInput != EFormat::eAsf && !pOptions.mImport.mMotionPath.empty())
+        return "--motion goes with an ASF input; a BVH or glTF file holds its motion";
+    if (pOutput != EFormat::eAsf && !pOptions.mMotionOutputPath.empty())
+        return "--motion-out goes with an ASF output; BVH and glTF files hold their motion";
+    if (!lGltfInput && !pOptions.mImport.mGltf.mAnimationName.empty())
+        return "--animation goes with a .glb or .gltf input";
+    if (pOutput != EFormat::eGltf && !pOptions.mGltfBuffer.empty()) return "--buffer goes with a .gltf output";
     if (pInput == EFormat::eAsf && pOptions.mImport.mMotionPath.empty() && !pOptions.mMotionOutputPath.empty())
         return "--motion-out needs a motion to write: give the input's --motion";
     return std::string();
+}
+
+// Writes the imported skeleton, its skin, a figure and its motion as glTF.
+bool WriteGltf(const std::string& pPath, const OrvImportResult& pImport, const ConvertCommandOptions& pOptions,
+               EFormat pFormat)
+{
+    OrvGltfWriteSettings lSettings;
+    lSettings.mContainer = pFormat == EFormat::eGlb                ? OrvGltfContainer::eBinary
+                           : pOptions.mGltfBuffer == "separate" ? OrvGltfContainer::eSeparate
+                                                                : OrvGltfContainer::eEmbedded;
+    lSettings.mFramesPerSecond = pImport.mFramesPerSecond;
+    lSettings.mFrameCount = pImport.mHasMotion ? OrvAllFrames(pImport).mFrameCount : 0;
+    lSettings.mAnimationName = pOptions.mImport.mSettings.mTakeName;
+    lSettings.mGenerator = "orvasf " ORVSDK_VERSION;
+    OrvGltfWriter lWriter;
+    const bool lWritten = lWriter.Write(pPath, pImport.mRoot, pImport.mTake, lSettings);
+    PrintMessages(lWriter.GetMessages());
+    return lWritten;
 }
 
 } // namespace
 
 void AddConvertOptions(CLI::App& pCommand, ConvertCommandOptions& pOptions)
 {
-    pCommand.add_option("input", pOptions.mImport.mAsfPath, "ASF or BVH file to convert")->required();
+    pCommand.add_option("input", pOptions.mImport.mAsfPath, "ASF, BVH, glb or glTF file to convert")->required();
     pCommand.add_option("--motion", pOptions.mImport.mMotionPath, "AMC motion of an ASF input")->type_name("FILE.amc");
-    pCommand.add_option("-o,--output", pOptions.mOutputPath, "BVH or ASF file to write")
+    pCommand.add_option("-o,--output", pOptions.mOutputPath, "ASF, BVH, glb or glTF file to write")
         ->required()
-        ->type_name("OUT.bvh|OUT.asf");
+        ->type_name("OUT.asf|OUT.bvh|OUT.glb|OUT.gltf");
+    pCommand.add_option("--animation", pOptions.mImport.mGltf.mAnimationName,
+                        "Animation of a glTF input to read (default: the first)")
+        ->type_name("NAME");
+    pCommand
+        .add_option("--buffer", pOptions.mGltfBuffer,
+                    "Binary data of a .gltf output: in the file as base64, or in a .bin file beside it "
+                    "(default: embedded)")
+        ->check(CLI::IsMember({"embedded", "separate"}))
+        ->type_name("embedded|separate");
     pCommand
         .add_option("--motion-out", pOptions.mMotionOutputPath,
                     "AMC file written with an ASF output (default: the output's name with .amc)")
@@ -72,9 +111,16 @@ int RunConvert(const ConvertCommandOptions& pOptions)
         return eUsageError;
     }
 
-    const OrvImportResult lImport = ImportFiles(pOptions.mImport, lInput == EFormat::eBvh);
+    ImportOptions lImportOptions = pOptions.mImport;
+    if (pOptions.mFramesPerSecondGiven) lImportOptions.mGltf.mFramesPerSecond = lImportOptions.mSettings.mFramesPerSecond;
+    const InputFormat lInputFormat = lInput == EFormat::eBvh   ? InputFormat::eBvh
+                                     : lInput == EFormat::eAsf ? InputFormat::eAsf
+                                                               : InputFormat::eGltf;
+    const OrvImportResult lImport = ImportFiles(lImportOptions, lInputFormat);
     if (!lImport.mSucceeded) return eInputRefused;
 
+    if (lOutput == EFormat::eGlb || lOutput == EFormat::eGltf)
+        return WriteGltf(pOptions.mOutputPath, lImport, pOptions, lOutput) ? eSuccess : eOutputFailed;
     std::vector<orvsdk::OrvMessage> lMessages;
     bool lWritten = false;
     if (lOutput == EFormat::eBvh)

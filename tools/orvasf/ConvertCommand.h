@@ -11,20 +11,23 @@ class App;
 
 namespace orvasf::tool {
 
-// The "convert" subcommand. Formats follow the file extensions (".asf" or ".bvh", any case):
-// ASF (+ AMC) to BVH, BVH to ASF + AMC, ASF (+ AMC) to ASF (+ AMC) and BVH to BVH, always through a
-// host scene, so that every conversion runs a reader into the host and a writer out of it.
+// The "convert" subcommand. Formats follow the file extensions (".asf", ".bvh", ".glb" or
+// ".gltf", any case): any of ASF (+ AMC), BVH and glTF to any of them, always through a host
+// scene, so that every conversion runs a reader into the host and a writer out of it.
 struct ConvertCommandOptions
 {
-    // mAsfPath is the input file, ASF or BVH; mMotionPath the AMC motion of an ASF input. The
-    // other import settings apply to an ASF input; a BVH file states its own frame rate.
+    // mAsfPath is the input file, ASF, BVH or glTF; mMotionPath the AMC motion of an ASF input.
+    // The other import settings apply to an ASF input; a BVH file states its own frame rate, and
+    // a glTF file is sampled at its keyframe times unless --fps was given.
     ImportOptions mImport;
-    std::string mOutputPath;       // ".bvh" or ".asf"
+    bool mFramesPerSecondGiven = false;
+    std::string mOutputPath;       // ".bvh", ".asf", ".glb" or ".gltf"
     std::string mMotionOutputPath; // the AMC beside an ASF output; empty: the output with ".amc"
+    std::string mGltfBuffer;       // of a .gltf output: "embedded" (the default) or "separate"
 };
 
 // Adds to pCommand (the "convert" subcommand) its input argument and the options --motion,
-// -o/--output and --motion-out, bound to pOptions. The shared import flags (--fps and the rest)
+// -o/--output, --motion-out, --animation and --buffer, bound to pOptions. The shared import flags (--fps and the rest)
 // are the caller's to add, bound to pOptions.mImport.
 void AddConvertOptions(CLI::App& pCommand, ConvertCommandOptions& pOptions);
 

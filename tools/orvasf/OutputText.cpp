@@ -21,15 +21,7 @@ bool OutputText::Open(const std::string& pPath)
 bool OutputText::Write(std::string_view pText)
 {
     if (!mToFile) return std::fwrite(pText.data(), 1, pText.size(), stdout) == pText.size();
-    // The printf precision is an int: long texts go out in pieces.
-    constexpr size_t kPieceSize = 1 << 30;
-    bool lWritten = true;
-    for (size_t lDone = 0; lDone < pText.size() && lWritten; lDone += kPieceSize)
-    {
-        const std::string_view lPiece = pText.substr(lDone, kPieceSize);
-        lWritten = mFile.Print(0, "%.*s", static_cast<int>(lPiece.size()), lPiece.data());
-    }
-    return lWritten;
+    return mFile.Write(pText.data(), pText.size());
 }
 
 bool OutputText::Close()

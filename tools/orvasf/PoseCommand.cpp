@@ -45,7 +45,7 @@ int RunPose(const PoseCommandOptions& pOptions)
     OutputText lOutput("CSV");
     if (!lOutput.Open(pOptions.mOutputPath)) return eOutputFailed;
     const bool lWritten = WritePoseCsv(orvsdk::OrvPoseEvaluator(lImport.mRoot, lImport.mTake), *lFrames,
-                                       lImport.mFramesPerSecond, lOutput);
+                                       lImport.mFramesPerSecond, pOptions.mDecimals, lOutput);
     return lOutput.Close() && lWritten ? eSuccess : eOutputFailed;
 }
 

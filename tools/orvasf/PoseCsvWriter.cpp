@@ -31,7 +31,7 @@ void AppendField(std::string& pText, const char* pField)
 }
 
 // The rows of one frame, replacing pRows; pGlobals is the evaluator's working room.
-void FrameRows(const orvsdk::OrvPoseEvaluator& pEvaluator, int pFrame, double pFramesPerSecond,
+void FrameRows(const orvsdk::OrvPoseEvaluator& pEvaluator, int pFrame, double pFramesPerSecond, int pDecimals,
                std::vector<orvsdk::OrvAMatrix>& pGlobals, std::string& pRows)
 {
     pEvaluator.EvaluateGlobals(orvsdk::OrvTime::FromFrame(pFrame, pFramesPerSecond), pGlobals.data());
@@ -46,7 +46,7 @@ void FrameRows(const orvsdk::OrvPoseEvaluator& pEvaluator, int pFrame, double pF
         for (int i = 0; i < 3; ++i)
         {
             pRows += ',';
-            orvsdk::OrvAppendFixed(pRows, pGlobals[lNode](i, 3), 4);
+            orvsdk::OrvAppendFixed(pRows, pGlobals[lNode](i, 3), pDecimals);
         }
         pRows += '\n';
     }
@@ -55,7 +55,7 @@ void FrameRows(const orvsdk::OrvPoseEvaluator& pEvaluator, int pFrame, double pF
 } // namespace
 
 bool WritePoseCsv(const orvsdk::OrvPoseEvaluator& pEvaluator, const std::vector<FrameRange>& pFrames,
-                  double pFramesPerSecond, OutputText& pOutput)
+                  double pFramesPerSecond, int pDecimals, OutputText& pOutput)
 {
     std::vector<orvsdk::OrvAMatrix> lGlobals(static_cast<size_t>(pEvaluator.GetNodeCount()));
     std::string lRows;
@@ -63,7 +63,7 @@ bool WritePoseCsv(const orvsdk::OrvPoseEvaluator& pEvaluator, const std::vector<
     for (const FrameRange& lRange : pFrames)
         for (int lFrame = lRange.mFirst; lFrame <= lRange.mLast && lWritten; ++lFrame)
         {
-            FrameRows(pEvaluator, lFrame, pFramesPerSecond, lGlobals, lRows);
+            FrameRows(pEvaluator, lFrame, pFramesPerSecond, pDecimals, lGlobals, lRows);
             lWritten = pOutput.Write(lRows);
         }
     return lWritten;

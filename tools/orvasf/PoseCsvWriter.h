@@ -17,10 +17,10 @@ class OutputText;
 // "frame,joint,x,y,z", then one row per frame and node, frames in the order of pFrames, nodes
 // in the evaluator's order. Frame i is evaluated at time i / pFramesPerSecond; positions are the
 // nodes' global translations in the scene's unit (centimetres for imported skeletons), printed
-// with four decimals whatever the locale. Costs one whole-pose evaluation per frame; streams
+// with pDecimals digits after the point whatever the locale. Costs one whole-pose evaluation per frame; streams
 // frame by frame. False once a write failed.
 bool WritePoseCsv(const orvsdk::OrvPoseEvaluator& pEvaluator, const std::vector<FrameRange>& pFrames,
-                  double pFramesPerSecond, OutputText& pOutput);
+                  double pFramesPerSecond, int pDecimals, OutputText& pOutput);
 
 } // namespace orvasf::tool
 

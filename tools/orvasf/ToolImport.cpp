@@ -5,13 +5,14 @@
 
 namespace orvasf::tool {
 
-OrvImportResult ImportFiles(const ImportOptions& pOptions, bool pBvh)
+OrvImportResult ImportFiles(const ImportOptions& pOptions, InputFormat pFormat)
 {
     ProgressReporter lProgress(pOptions.mMotionPath);
     OrvImportSettings lSettings = pOptions.mSettings;
     lSettings.mProgress = [&lProgress](uint64_t pDone, uint64_t pTotal) { lProgress.Update(pDone, pTotal); };
-    OrvImportResult lResult = pBvh ? OrvImportBvh(pOptions.mAsfPath, lSettings)
-                                   : OrvImportAsf(pOptions.mAsfPath, pOptions.mMotionPath, lSettings);
+    OrvImportResult lResult = pFormat == InputFormat::eBvh    ? OrvImportBvh(pOptions.mAsfPath, lSettings)
+                              : pFormat == InputFormat::eGltf ? OrvImportGltf(pOptions.mAsfPath, lSettings, pOptions.mGltf)
+                                                              : OrvImportAsf(pOptions.mAsfPath, pOptions.mMotionPath, lSettings);
     lProgress.Finish();
     PrintMessages(lResult.mMessages);
     return lResult;

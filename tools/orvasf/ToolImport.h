@@ -6,10 +6,17 @@
 
 namespace orvasf::tool {
 
-// Runs the library's import driver on the files of pOptions (an ASF file with its optional AMC
-// motion, or a BVH file when pBvh) with the reading progress on standard error when it is a
-// terminal, then prints every warning and error on standard error.
-OrvImportResult ImportFiles(const ImportOptions& pOptions, bool pBvh = false);
+enum class InputFormat
+{
+    eAsf,  // an ASF file with its optional AMC motion
+    eBvh,
+    eGltf
+};
+
+// Runs the library's import driver on the files of pOptions, of pFormat, with the reading
+// progress on standard error when it is a terminal, then prints every warning and error on
+// standard error.
+OrvImportResult ImportFiles(const ImportOptions& pOptions, InputFormat pFormat = InputFormat::eAsf);
 
 } // namespace orvasf::tool
 

@@ -108,6 +108,9 @@ int Run(int pArgc, char** pArgv)
     lPoseCommand->add_option("--frames", lPose.mFrames, "0-based frames, e.g. 0,10,20-30 (default: all)")
         ->check(kFrameListValidator);
     AddImportFlags(*lPoseCommand, lPose.mImport.mSettings);
+    lPoseCommand->add_option("--decimals", lPose.mDecimals, "Digits after the point of every coordinate")
+        ->check(CLI::Range(0, 17))
+        ->capture_default_str();
     lPoseCommand->add_option("-o,--output", lPose.mOutputPath, "CSV file to write (default: standard output)")
         ->type_name("OUT.csv");
 
@@ -128,7 +131,8 @@ int Run(int pArgc, char** pArgv)
     lFormatCommand->add_option("-o,--output", lFormat.mOutputPath, "ASF file to write")->required()->type_name("OUT.asf");
 
     ConvertCommandOptions lConvert;
-    CLI::App* lConvertCommand = AddCommand(lApp, "convert", "Convert between ASF/AMC and BVH through a host scene");
+    CLI::App* lConvertCommand =
+        AddCommand(lApp, "convert", "Convert between ASF/AMC, BVH and glTF 2.0 through a host scene");
     AddConvertOptions(*lConvertCommand, lConvert);
     AddImportFlags(*lConvertCommand, lConvert.mImport.mSettings);
 
@@ -147,7 +151,11 @@ int Run(int pArgc, char** pArgv)
     if (lImportCommand->parsed()) return RunImport(lImport);
     if (lPoseCommand->parsed()) return RunPose(lPose);
     if (lExportCommand->parsed()) return RunExport(lExport);
-    if (lConvertCommand->parsed()) return RunConvert(lConvert);
+    if (lConvertCommand->parsed())
+    {
+        lConvert.mFramesPerSecondGiven = lConvertCommand->count("--fps") > 0;
+        return RunConvert(lConvert);
+    }
     return RunFormat(lFormat);
 }
 

@@ -577,6 +577,15 @@ bool OrvTextFile::Print(int pLevel, const char* pFormat, ...)
     return lWritten;
 }
 
+bool OrvTextFile::Write(const void* pBytes, size_t pSize)
+{
+    if (!mOutput || mWriteFailed) return false;
+    if (std::fwrite(pBytes, 1, pSize, mOutput) == pSize) return true;
+    mWriteFailed = true;
+    mWriteErrno = errno;
+    return false;
+}
+
 // ---- Messages ------------------------------------------------------------------------------
 
 void OrvTextFile::Warning(const char* pFormat, ...)

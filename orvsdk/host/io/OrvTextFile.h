@@ -119,6 +119,9 @@ public:
     /// Writes 2 * pLevel spaces, then the printf-formatted text (C locale). Returns false once any
     /// write has failed; the failure also makes Close return false.
     bool Print(int pLevel, const char* pFormat, ...) __attribute__((format(printf, 3, 4)));
+    /// Writes pSize bytes at pBytes as they are (binary data, NUL bytes included). Returns false
+    /// once any write has failed, like Print.
+    bool Write(const void* pBytes, size_t pSize);
 
     ///@{
     /// Report a warning or an error on the current line (line 0 before the first line);

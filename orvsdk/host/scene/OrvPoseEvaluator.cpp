@@ -116,21 +116,27 @@ OrvVector4 OrvPoseEvaluator::ValueAt(const Channels& pChannels, OrvTime pTime) c
 // The node's formula T(translation + offset) * Rpre * R * inverse(Rpost) * S, multiplied from the
 // left as the node does. The translation matrix only sets the last column, and the identity
 // factors change nothing, so both are left out of the products.
-OrvAMatrix OrvPoseEvaluator::LocalTransform(const NodeRecipe& pRecipe, OrvTime pTime) const
+template <typename TValueOf>
+OrvAMatrix OrvPoseEvaluator::Compose(const NodeRecipe& pRecipe, const TValueOf& pValueOf)
 {
-    if (pRecipe.mIsStatic) return pRecipe.mLocal;
     OrvAMatrix lLocal;
-    lLocal.SetRInOrder(ValueAt(pRecipe.mRotation, pTime), pRecipe.mOrder);
+    lLocal.SetRInOrder(pValueOf(pRecipe.mRotation), pRecipe.mOrder);
     if (pRecipe.mHasPreRotation) lLocal = pRecipe.mPreRotation.MultAffine(lLocal);
     if (pRecipe.mHasPostRotation) lLocal = lLocal.MultAffine(pRecipe.mPostRotationInverse);
     if (pRecipe.mHasScaling)
     {
         OrvAMatrix lScaling;
-        lScaling.SetS(ValueAt(pRecipe.mScaling, pTime));
+        lScaling.SetS(pValueOf(pRecipe.mScaling));
         lLocal = lLocal.MultAffine(lScaling);
     }
-    lLocal.SetT(ValueAt(pRecipe.mTranslation, pTime) + pRecipe.mRotationOffset);
+    lLocal.SetT(pValueOf(pRecipe.mTranslation) + pRecipe.mRotationOffset);
     return lLocal;
+}
+
+OrvAMatrix OrvPoseEvaluator::LocalTransform(const NodeRecipe& pRecipe, OrvTime pTime) const
+{
+    if (pRecipe.mIsStatic) return pRecipe.mLocal;
+    return Compose(pRecipe, [this, pTime](const Channels& pChannels) { return ValueAt(pChannels, pTime); });
 }
 
 OrvAMatrix OrvPoseEvaluator::RootParentGlobal(OrvTime pTime) const
@@ -142,6 +148,15 @@ OrvAMatrix OrvPoseEvaluator::RootParentGlobal(OrvTime pTime) const
 void OrvPoseEvaluator::EvaluateLocals(OrvTime pTime, OrvAMatrix* pLocals) const
 {
     for (size_t i = 0; i < mRecipes.size(); ++i) pLocals[i] = LocalTransform(mRecipes[i], pTime);
+}
+
+void OrvPoseEvaluator::EvaluateRestLocals(OrvAMatrix* pLocals) const
+{
+    // A channel driven by a curve keeps its property's own value in mValue.
+    const auto lRest = [](const Channels& pChannels) {
+        return OrvVector4(pChannels.mValue[0], pChannels.mValue[1], pChannels.mValue[2]);
+    };
+    for (size_t i = 0; i < mRecipes.size(); ++i) pLocals[i] = Compose(mRecipes[i], lRest);
 }
 
 OrvVector4 OrvPoseEvaluator::EvaluateLocalTranslation(int pIndex, OrvTime pTime) const

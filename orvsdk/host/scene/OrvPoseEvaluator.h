@@ -46,6 +46,9 @@ public:
 
     /// Fills pLocals (GetNodeCount() entries) with every node's local transform at pTime.
     void EvaluateLocals(OrvTime pTime, OrvAMatrix* pLocals) const;
+    /// Fills pLocals (GetNodeCount() entries) with every node's local transform at rest: the same
+    /// formula with the properties' own values, every curve left out.
+    void EvaluateRestLocals(OrvAMatrix* pLocals) const;
     /// The local translation property of node pIndex at pTime, as OrvNode::EvaluateLocalTranslation
     /// gives it (without the rotation offset).
     OrvVector4 EvaluateLocalTranslation(int pIndex, OrvTime pTime) const;
@@ -60,7 +63,8 @@ public:
 
 private:
     // One property (translation, rotation or scaling) of a node: per channel, the curve that
-    // drives it (null when none has keys) and the value used without one.
+    // drives it (null when none has keys) and the value used without one; under a curve, the
+    // value is the property's own (the rest value).
     struct Channels
     {
         const OrvAnimCurve* mCurve[3] = {nullptr, nullptr, nullptr};
@@ -88,6 +92,9 @@ private:
     NodeRecipe Resolve(OrvNode& pNode, OrvAnimStack* pStack);
     OrvVector4 ValueAt(const Channels& pChannels, OrvTime pTime) const;
     OrvAMatrix LocalTransform(const NodeRecipe& pRecipe, OrvTime pTime) const;
+    // The node's formula with each property's X, Y, Z from pValueOf(const Channels&).
+    template <typename TValueOf>
+    static OrvAMatrix Compose(const NodeRecipe& pRecipe, const TValueOf& pValueOf);
     // pRoot's parent's global transform at pTime (the identity without a parent).
     OrvAMatrix RootParentGlobal(OrvTime pTime) const;
 
