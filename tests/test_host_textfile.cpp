@@ -6,12 +6,15 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <random>
 #include <string>
+#include <vector>
 
 using namespace orvsdk;
 
@@ -289,34 +292,52 @@ TEST_F(HostTextFileWrite, NumbersUseADecimalPointUnderACommaLocale)
     EXPECT_EQ(testfiles::ReadFile(lTarget), "  length 0.45 -1.500000\n");
 }
 
-// The writers' number text is printf's "%.*g" and "%.*f" in the C locale (computed here by
-// snprintf, an independent formatter), but with '.' under any locale and no "-0".
+namespace {
+
+// printf's text of pValue in the C locale (an independent formatter), "-0" forms without the sign.
+std::string PrintfText(const char* pFormat, int pDigits, double pValue)
+{
+    const std::string lPrevious = std::setlocale(LC_NUMERIC, nullptr);
+    std::setlocale(LC_NUMERIC, "C");
+    char lText[400];
+    std::snprintf(lText, sizeof lText, pFormat, pDigits, pValue);
+    std::setlocale(LC_NUMERIC, lPrevious.c_str());
+    std::string lResult = lText;
+    if (lResult.front() == '-' && lResult.find_first_not_of("-0.") == std::string::npos) lResult.erase(0, 1);
+    return lResult;
+}
+
+} // namespace
+
+// The writers' number text is printf's "%.*g" and "%.*f" in the C locale, but with '.' under any
+// locale and no "-0": on chosen values (zeros, ties, powers of ten, the edges of the plain form,
+// rounding that carries into a new digit) and on many drawn ones of every magnitude.
 TEST(HostNumberText, MatchesPrintfInTheCLocaleWithoutNegativeZeroUnderAnyLocale)
 {
-    const double lValues[] = {0.0,     -0.0,      1.0,     -1.5,      0.1,         123456789.0, 1234567890.0,
-                              1e-5,    -1e-5,     2.5e-7,  -4.9e-5,   -5.1e-5,     180.0,       -179.99999999,
-                              1e300,   -1e-300,   16.9f,   0.00005,   -0.00004999, 3.14159265358979, 1e21};
+    std::vector<double> lValues = {0.0,      -0.0,      1.0,      -1.5,        0.1,     0.09999999999, 123456789.0,
+                                   999999999.5, 99999999.95, 9.9999999995, 1234567890.0, 1e-5,  -1e-5,   2.5e-7,
+                                   -4.9e-5,  -5.1e-5,   180.0,    -179.99999999, 1e300,  -1e-300, 16.9f,
+                                   0.00005,  -0.00004999, 3.14159265358979, 1e21,   0.125,   2.5,     -0.5,
+                                   1e9,      1e8,       0.3,      95.391111111111,  std::nan(""), kInf};
+    std::mt19937_64 lRandom(20261123);
+    for (int i = 0; i < 15000; ++i)
+    {
+        const double lMagnitude = std::pow(10.0, std::uniform_real_distribution<double>(-7.0, 11.0)(lRandom));
+        const double lValue = (lRandom() % 2 ? -1.0 : 1.0) * lMagnitude;
+        lValues.push_back(lValue);
+        // Decimal ties of the short forms: a whole number of half-units of the fourth and ninth digit.
+        lValues.push_back(std::round(lValue * 2e4) / 2e4);
+        lValues.push_back(std::round(lValue * 2e8) / 2e8);
+    }
     CommaLocale lLocale;
     for (const double lValue : lValues)
         for (const int lDigits : {1, 4, 6, 9, 17})
         {
-            char lExpected[400];
             std::string lGeneral;
             OrvAppendGeneral(lGeneral, lValue, lDigits);
+            ASSERT_EQ(lGeneral, PrintfText("%.*g", lDigits, lValue)) << lValue << " with " << lDigits << " digits";
             std::string lFixed;
             OrvAppendFixed(lFixed, lValue, lDigits);
-            {
-                const std::string lPrevious = std::setlocale(LC_NUMERIC, nullptr);
-                std::setlocale(LC_NUMERIC, "C");
-                std::snprintf(lExpected, sizeof lExpected, "%.*g", lDigits, lValue);
-                std::string lPrintfGeneral = lExpected;
-                std::snprintf(lExpected, sizeof lExpected, "%.*f", lDigits, lValue);
-                std::string lPrintfFixed = lExpected;
-                std::setlocale(LC_NUMERIC, lPrevious.c_str());
-                for (std::string* lText : {&lPrintfGeneral, &lPrintfFixed})
-                    if (lText->find_first_not_of("-0.") == std::string::npos && lText->front() == '-') lText->erase(0, 1);
-                EXPECT_EQ(lGeneral, lPrintfGeneral) << lValue << " with " << lDigits << " digits";
-                EXPECT_EQ(lFixed, lPrintfFixed) << lValue << " with " << lDigits << " decimals";
-            }
+            ASSERT_EQ(lFixed, PrintfText("%.*f", lDigits, lValue)) << lValue << " with " << lDigits << " decimals";
         }
 }
