@@ -277,21 +277,33 @@ BENCHMARK(BM_ImportAndPositions)->Unit(benchmark::kMillisecond);
 
 // --- glTF ----------------------------------------------------------------------------------------
 
+// The import pair, imported, with the settings that write its every frame as .glb.
+struct GltfCase
+{
+    orvasf::OrvImportResult mImport;
+    orvasf::OrvGltfWriteSettings mSettings;
+};
+
+GltfCase ImportForGltf(const MotionPair& pPair)
+{
+    GltfCase lCase{orvasf::OrvImportAsf(pPair.mSkeleton, pPair.mMotion, orvasf::OrvImportSettings()), {}};
+    lCase.mSettings.mFramesPerSecond = lCase.mImport.mFramesPerSecond;
+    lCase.mSettings.mFrameCount = static_cast<int>(lCase.mImport.mFrameSpan);
+    return lCase;
+}
+
 // The import pair's scene written as .glb (pose evaluation, decomposition, buffer, file), per frame.
 void BM_GltfWrite(benchmark::State& pState)
 {
     const MotionPair lPair = ImportPair();
     if (!PairReadable(pState, lPair)) return;
-    const orvasf::OrvImportResult lImport =
-        orvasf::OrvImportAsf(lPair.mSkeleton, lPair.mMotion, orvasf::OrvImportSettings());
-    orvasf::OrvGltfWriteSettings lSettings;
-    lSettings.mFramesPerSecond = lImport.mFramesPerSecond;
-    lSettings.mFrameCount = static_cast<int>(lImport.mFrameSpan);
+    const GltfCase lCase = ImportForGltf(lPair);
     const std::string lPath = (fs::temp_directory_path() / "orv_bench.glb").string();
     orvasf::OrvGltfWriter lWriter;
     for (auto lIteration : pState)
-        if (!lWriter.Write(lPath, lImport.mRoot, lImport.mTake, lSettings)) pState.SkipWithError("cannot write glTF");
-    pState.SetItemsProcessed(pState.iterations() * lSettings.mFrameCount);
+        if (!lWriter.Write(lPath, lCase.mImport.mRoot, lCase.mImport.mTake, lCase.mSettings))
+            pState.SkipWithError("cannot write glTF");
+    pState.SetItemsProcessed(pState.iterations() * lCase.mSettings.mFrameCount);
     pState.SetBytesProcessed(pState.iterations() * static_cast<int64_t>(fs::file_size(lPath)));
     pState.SetLabel("items = frames, bytes = .glb");
     fs::remove(lPath);
@@ -303,13 +315,9 @@ void BM_GltfRead(benchmark::State& pState)
 {
     const MotionPair lPair = ImportPair();
     if (!PairReadable(pState, lPair)) return;
-    const orvasf::OrvImportResult lImport =
-        orvasf::OrvImportAsf(lPair.mSkeleton, lPair.mMotion, orvasf::OrvImportSettings());
-    orvasf::OrvGltfWriteSettings lSettings;
-    lSettings.mFramesPerSecond = lImport.mFramesPerSecond;
-    lSettings.mFrameCount = static_cast<int>(lImport.mFrameSpan);
+    const GltfCase lCase = ImportForGltf(lPair);
     const std::string lPath = (fs::temp_directory_path() / "orv_bench_read.glb").string();
-    if (!orvasf::OrvGltfWriter().Write(lPath, lImport.mRoot, lImport.mTake, lSettings))
+    if (!orvasf::OrvGltfWriter().Write(lPath, lCase.mImport.mRoot, lCase.mImport.mTake, lCase.mSettings))
         return pState.SkipWithError("cannot write glTF");
     int64_t lFrames = 0;
     for (auto lIteration : pState)
