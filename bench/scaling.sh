@@ -83,7 +83,8 @@ import_ms() {
   [ "$threads" = 1 ] || column=3
   ORV_BENCH_SKELETON=$1 ORV_BENCH_MOTION=$2 "$bench" --benchmark_filter="^BM_WholeImport/threads:$threads/" \
     --benchmark_repetitions=5 --benchmark_format=csv 2>/dev/null |
-    awk -F, -v c="$column" '/^"BM_WholeImport\/threads/ { if (best == "" || $c < best) best = $c } END { print best }'
+    awk -F, -v c="$column" -v name="\"BM_WholeImport/threads:$threads/real_time\"" \
+      '$1 == name { if (best == "" || $c < best) best = $c } END { print best }'
 }
 
 frame_count() { grep -c -E '^[0-9]+[[:space:]]*$' "$1" || true; }
