@@ -5,6 +5,7 @@
 #include "support/ToolRunner.h"
 
 #include <map>
+#include <tuple>
 
 namespace {
 
@@ -233,7 +234,8 @@ TEST_F(BatchTest, SharedDataConvertsEveryBvhAndRefusesEveryUnpairedAmc)
 {
     const fs::path lData = ORV_SHARED_DATA_DIR;
     if (!fs::is_directory(lData)) GTEST_SKIP() << "no shared data at " << lData;
-    const ToolRun lRun = Run("batch " + Quoted(lData.string()) + " -o " + Work("real") + " --to bvh --jobs 2");
+    // A final separator on the folder changes no output path.
+    const ToolRun lRun = Run("batch " + Quoted(lData.string() + "/") + " -o " + Work("real") + " --to bvh --jobs 2");
     EXPECT_EQ(lRun.mStatus, 1);
     int lBvh = 0;
     int lAmc = 0;
@@ -259,6 +261,50 @@ TEST_F(BatchTest, SharedDataConvertsEveryBvhAndRefusesEveryUnpairedAmc)
     EXPECT_EQ(static_cast<size_t>(lBvh), lBvhFiles);
     EXPECT_GT(lAmc, 0);
     EXPECT_NE(lRun.mErr.find(std::to_string(lAmc) + " failed"), std::string::npos) << lRun.mErr;
+}
+
+} // namespace
+
+namespace {
+
+using namespace tool_support;
+using RealBatchTest = ToolTest;
+
+// A CMU-like library of links to the shared files, one subject folder per skeleton:
+//   in/07/cmu_07-walk.asf in/07/cmu_07-walk_05.amc in/07/cmu_07-walk_12.amc
+//   in/09/cmu_09-run.asf in/09/cmu_09-run_06.amc
+// Each BVH equals what convert writes for the same pair alone.
+TEST_F(RealBatchTest, LinkedSubjectFoldersConvertLikeConvertDoesFileByFile)
+{
+    const fs::path lData = ORV_SHARED_DATA_DIR;
+    if (!fs::is_directory(lData)) GTEST_SKIP() << "no shared data at " << lData;
+    const fs::path lIn = mFolder / "in";
+    const std::tuple<const char*, const char*, const char*> lLinks[] = {
+        {"07/cmu_07-walk_05", "cmu_07-walk", "cmu_07_05-walk"},
+        {"07/cmu_07-walk_12", "cmu_07-walk", "cmu_07_12-walk"},
+        {"09/cmu_09-run_06", "cmu_09-run", "cmu_09_06-run"},
+    };
+    for (const auto& [lName, lAsf, lAmc] : lLinks)
+    {
+        const fs::path lMotion = lIn / (std::string(lName) + ".amc");
+        fs::create_directories(lMotion.parent_path());
+        if (!fs::exists(lMotion.parent_path() / (std::string(lAsf) + ".asf")))
+            fs::create_symlink(fs::absolute(lData / "asf" / (std::string(lAsf) + ".asf")),
+                               lMotion.parent_path() / (std::string(lAsf) + ".asf"));
+        fs::create_symlink(fs::absolute(lData / "amc" / (std::string(lAmc) + ".amc")), lMotion);
+    }
+    const ToolRun lRun = Run("batch " + Quoted(lIn.string()) + " -o " + Work("out") + " --to bvh --jobs 2");
+    EXPECT_EQ(lRun.mStatus, 0) << lRun.mErr;
+    for (const auto& [lName, lAsf, lAmc] : lLinks)
+    {
+        SCOPED_TRACE(lName);
+        const std::string lAlone = std::string(lAmc) + ".bvh";
+        ASSERT_EQ(Run("convert " + Quoted((lData / "asf" / (std::string(lAsf) + ".asf")).string()) + " --motion " +
+                      Quoted((lData / "amc" / (std::string(lAmc) + ".amc")).string()) + " -o " + Work(lAlone))
+                      .mStatus,
+                  0);
+        EXPECT_EQ(ReadFile(WorkPath("out") / (std::string(lName) + ".bvh")), ReadFile(WorkPath(lAlone)));
+    }
 }
 
 } // namespace

@@ -125,7 +125,7 @@ BatchOutcome Process(const BatchItem& pItem, const BatchCommandOptions& pOptions
 // The files each item reads, relative to the input folder, as the manifest names them.
 std::string InputName(const fs::path& pPath, const fs::path& pFolder)
 {
-    return pPath.empty() ? std::string() : fs::relative(pPath, pFolder).generic_string();
+    return pPath.empty() ? std::string() : pPath.lexically_relative(pFolder).generic_string();
 }
 
 // Appends ",VALUE" to pRow, to 6 significant digits: a BVH frame time of 0.008333333 s gives
@@ -143,7 +143,7 @@ std::string ManifestRow(const BatchItem& pItem, const BatchOutcome& pOutcome, co
     lRow += ',';
     AppendCsvField(lRow, InputName(pItem.mMotion, pOptions.mInputFolder));
     lRow += ',';
-    AppendCsvField(lRow, fs::relative(pItem.mOutput, pOptions.mOutputFolder).generic_string());
+    AppendCsvField(lRow, pItem.mOutput.lexically_relative(pOptions.mOutputFolder).generic_string());
     const bool lConverted = pOutcome.mFrames > 0;
     AppendNumber(lRow, pOutcome.mFrames);
     AppendNumber(lRow, pOutcome.mFramesPerSecond);
@@ -191,6 +191,13 @@ std::vector<BatchOutcome> ConvertAll(const std::vector<BatchItem>& pItems, const
     return lOutcomes;
 }
 
+// pFolder without a final separator, so that paths below it are relative to it lexically:
+// "in/" and "in" both give "in".
+std::string FolderPath(const std::string& pFolder)
+{
+    return (fs::path(pFolder) / "").lexically_normal().parent_path().string();
+}
+
 } // namespace
 
 void AddBatchOptions(CLI::App& pCommand, BatchCommandOptions& pOptions)
@@ -212,26 +219,29 @@ void AddBatchOptions(CLI::App& pCommand, BatchCommandOptions& pOptions)
 
 int RunBatch(const BatchCommandOptions& pOptions)
 {
+    BatchCommandOptions lOptions = pOptions;
+    lOptions.mInputFolder = FolderPath(pOptions.mInputFolder);
+    lOptions.mOutputFolder = FolderPath(pOptions.mOutputFolder);
     std::vector<BatchItem> lItems;
     try
     {
-        lItems = FindBatchWork(pOptions.mInputFolder, pOptions.mOutputFolder, "." + pOptions.mFormat);
-        fs::create_directories(pOptions.mOutputFolder);
+        lItems = FindBatchWork(lOptions.mInputFolder, lOptions.mOutputFolder, "." + lOptions.mFormat);
+        fs::create_directories(lOptions.mOutputFolder);
     }
     catch (const fs::filesystem_error& lError)
     {
         PrintToolError(lError.what());
         return eOutputFailed;
     }
-    const int lJobs = pOptions.mJobs > 0 ? pOptions.mJobs : static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
-    const std::vector<BatchOutcome> lOutcomes = ConvertAll(lItems, pOptions, lJobs);
+    const int lJobs = lOptions.mJobs > 0 ? lOptions.mJobs : static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
+    const std::vector<BatchOutcome> lOutcomes = ConvertAll(lItems, lOptions, lJobs);
     const auto lCount = [&lOutcomes](const char* pStatus) {
         return std::count_if(lOutcomes.begin(), lOutcomes.end(),
                              [pStatus](const BatchOutcome& pOutcome) { return pOutcome.mStatus == pStatus; });
     };
     std::fprintf(stderr, "batch: %zu files: %td ok, %td with warnings, %td up to date, %td failed\n", lItems.size(),
                  lCount("ok"), lCount("warnings"), lCount("skipped"), lCount("failed"));
-    if (!WriteManifest(lItems, lOutcomes, pOptions)) return eOutputFailed;
+    if (!WriteManifest(lItems, lOutcomes, lOptions)) return eOutputFailed;
     return lCount("failed") > 0 ? eInputRefused : eSuccess;
 }
 

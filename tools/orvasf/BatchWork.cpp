@@ -92,7 +92,7 @@ std::vector<BatchItem> FindBatchWork(const fs::path& pInputFolder, const fs::pat
     std::set<fs::path> lTaken;
     for (BatchItem& lItem : lItems)
     {
-        lItem.mOutput = pOutputFolder / fs::relative(lInput(lItem), pInputFolder).replace_extension(pExtension);
+        lItem.mOutput = pOutputFolder / lInput(lItem).lexically_relative(pInputFolder).replace_extension(pExtension);
         if (!lTaken.insert(lItem.mOutput).second && lItem.mProblem.empty())
             lItem.mProblem = "another input of the folder has the same name, and so the same output";
     }
