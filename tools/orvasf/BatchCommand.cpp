@@ -4,6 +4,7 @@
 #include "orvsdk/host/io/OrvNumberText.h"
 #include "orvsdk/host/scene/OrvPoseEvaluator.h"
 #include "tools/orvasf/BatchWork.h"
+#include "tools/orvasf/CommandOptions.h"
 #include "tools/orvasf/ConvertCommand.h"
 #include "tools/orvasf/ExitStatus.h"
 #include "tools/orvasf/MessagePrinter.h"
@@ -23,9 +24,6 @@ namespace orvasf::tool {
 namespace fs = std::filesystem;
 
 namespace {
-
-// Digits after the point of the CSV positions, as "pose" prints them by default.
-constexpr int kCsvDecimals = 4;
 
 // What became of one file of the batch: a manifest row.
 struct BatchOutcome
@@ -49,9 +47,13 @@ std::vector<fs::path> OutputsOf(const BatchItem& pItem, const std::string& pForm
 bool IsUpToDate(const BatchItem& pItem, const std::string& pFormat)
 {
     std::error_code lError;
-    fs::file_time_type lNewestInput = fs::last_write_time(pItem.mSkeleton, lError);
-    if (!pItem.mMotion.empty()) lNewestInput = std::max(lNewestInput, fs::last_write_time(pItem.mMotion, lError));
-    if (lError) return false;
+    fs::file_time_type lNewestInput = fs::file_time_type::min();
+    for (const fs::path& lInput : {pItem.mSkeleton, pItem.mMotion})
+    {
+        if (lInput.empty()) continue;
+        lNewestInput = std::max(lNewestInput, fs::last_write_time(lInput, lError));
+        if (lError) return false;
+    }
     for (const fs::path& lOutput : OutputsOf(pItem, pFormat))
     {
         const fs::file_time_type lWritten = fs::last_write_time(lOutput, lError);
@@ -60,13 +62,14 @@ bool IsUpToDate(const BatchItem& pItem, const std::string& pFormat)
     return true;
 }
 
+// Writes every frame as "pose" prints it by default.
 bool WritePoseCsvFile(const std::string& pPath, const OrvImportResult& pImport)
 {
     OutputText lOutput("CSV");
     if (!lOutput.Open(pPath)) return false;
     const std::vector<FrameRange> lFrames{{0, OrvAllFrames(pImport).mFrameCount - 1}};
     const bool lWritten = WritePoseCsv(orvsdk::OrvPoseEvaluator(pImport.mRoot, pImport.mTake), lFrames,
-                                       pImport.mFramesPerSecond, kCsvDecimals, lOutput);
+                                       pImport.mFramesPerSecond, PoseCommandOptions().mDecimals, lOutput);
     return lOutput.Close() && lWritten;
 }
 
