@@ -24,7 +24,7 @@ using CliTest = ToolTest;
 
 TEST_F(CliTest, HelpOnEverySubcommandExitsZeroAndListsExitStatuses)
 {
-    for (const char* lCommand : {"", "check", "tree", "import", "pose", "export", "format"})
+    for (const char* lCommand : {"", "check", "tree", "import", "pose", "export", "format", "batch"})
     {
         const ToolRun lRun = Run(std::string(lCommand) + " --help");
         EXPECT_EQ(lRun.mStatus, 0) << lCommand;

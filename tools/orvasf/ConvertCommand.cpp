@@ -2,6 +2,7 @@
 
 #include "driver/OrvExportDriver.h"
 #include "gltf/OrvGltfWriter.h"
+#include "orvsdk/host/anim/OrvAnimStack.h"
 #include "orvsdk/OrvVersion.h"
 #include "tools/orvasf/ExitStatus.h"
 #include "tools/orvasf/MessagePrinter.h"
@@ -58,25 +59,25 @@ std::string UsageProblem(const ConvertCommandOptions& pOptions, EFormat pInput, 
     return std::string();
 }
 
-// Writes the imported skeleton, its skin, a figure and its motion as glTF.
-bool WriteGltf(const std::string& pPath, const OrvImportResult& pImport, const ConvertCommandOptions& pOptions,
-               EFormat pFormat)
+} // namespace
+
+bool WriteGltf(const std::string& pPath, const OrvImportResult& pImport, bool pSeparateBuffer,
+               std::vector<orvsdk::OrvMessage>& pMessages)
 {
     OrvGltfWriteSettings lSettings;
-    lSettings.mContainer = pFormat == EFormat::eGlb                ? OrvGltfContainer::eBinary
-                           : pOptions.mGltfBuffer == "separate" ? OrvGltfContainer::eSeparate
-                                                                : OrvGltfContainer::eEmbedded;
+    const bool lBinary = FormatOf(pPath) == EFormat::eGlb;
+    lSettings.mContainer = lBinary           ? OrvGltfContainer::eBinary
+                           : pSeparateBuffer ? OrvGltfContainer::eSeparate
+                                             : OrvGltfContainer::eEmbedded;
     lSettings.mFramesPerSecond = pImport.mFramesPerSecond;
     lSettings.mFrameCount = pImport.mHasMotion ? OrvAllFrames(pImport).mFrameCount : 0;
-    lSettings.mAnimationName = pOptions.mImport.mSettings.mTakeName;
+    lSettings.mAnimationName = pImport.mTake->GetName();
     lSettings.mGenerator = "orvasf " ORVSDK_VERSION;
     OrvGltfWriter lWriter;
     const bool lWritten = lWriter.Write(pPath, pImport.mRoot, pImport.mTake, lSettings);
-    PrintMessages(lWriter.GetMessages());
+    pMessages.insert(pMessages.end(), lWriter.GetMessages().begin(), lWriter.GetMessages().end());
     return lWritten;
 }
-
-} // namespace
 
 void AddConvertOptions(CLI::App& pCommand, ConvertCommandOptions& pOptions)
 {
@@ -119,11 +120,11 @@ int RunConvert(const ConvertCommandOptions& pOptions)
     const OrvImportResult lImport = ImportFiles(lImportOptions, lInputFormat);
     if (!lImport.mSucceeded) return eInputRefused;
 
-    if (lOutput == EFormat::eGlb || lOutput == EFormat::eGltf)
-        return WriteGltf(pOptions.mOutputPath, lImport, pOptions, lOutput) ? eSuccess : eOutputFailed;
     std::vector<orvsdk::OrvMessage> lMessages;
     bool lWritten = false;
-    if (lOutput == EFormat::eBvh)
+    if (lOutput == EFormat::eGlb || lOutput == EFormat::eGltf)
+        lWritten = WriteGltf(pOptions.mOutputPath, lImport, pOptions.mGltfBuffer == "separate", lMessages);
+    else if (lOutput == EFormat::eBvh)
         lWritten = OrvWriteBvh(pOptions.mOutputPath, lImport, OrvAllFrames(lImport), lMessages);
     else
     {

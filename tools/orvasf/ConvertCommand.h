@@ -3,7 +3,10 @@
 
 #include "tools/orvasf/CommandOptions.h"
 
+#include "driver/OrvImportDriver.h"
+
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -38,6 +41,14 @@ void AddConvertOptions(CLI::App& pCommand, ConvertCommandOptions& pOptions);
 // already). Costs the motion's frame count times the joint count, with memory bounded by the
 // host scene.
 int RunConvert(const ConvertCommandOptions& pOptions);
+
+// Writes the skeleton of pImport (which must have succeeded), its skin, a figure and its motion
+// as glTF 2.0 at pPath: binary for a ".glb" path, else text with its binary data embedded as
+// base64, or in a .bin file beside it when pSeparateBuffer. The animation is named after the
+// take. Appends the writer's messages to pMessages. False when a file could not be written; an
+// existing file is then untouched. Costs the motion's frame count times the joint count.
+bool WriteGltf(const std::string& pPath, const OrvImportResult& pImport, bool pSeparateBuffer,
+               std::vector<orvsdk::OrvMessage>& pMessages);
 
 } // namespace orvasf::tool
 

@@ -12,24 +12,6 @@ namespace orvasf::tool {
 
 namespace {
 
-// A CSV field: quoted when it holds a comma, a quote or a line break, quotes doubled.
-void AppendField(std::string& pText, const char* pField)
-{
-    const std::string_view lField(pField);
-    if (lField.find_first_of(",\"\r\n") == std::string_view::npos)
-    {
-        pText += lField;
-        return;
-    }
-    pText += '"';
-    for (char lChar : lField)
-    {
-        if (lChar == '"') pText += '"';
-        pText += lChar;
-    }
-    pText += '"';
-}
-
 // The rows of one frame, replacing pRows; pGlobals is the evaluator's working room.
 void FrameRows(const orvsdk::OrvPoseEvaluator& pEvaluator, int pFrame, double pFramesPerSecond, int pDecimals,
                std::vector<orvsdk::OrvAMatrix>& pGlobals, std::string& pRows)
@@ -42,7 +24,7 @@ void FrameRows(const orvsdk::OrvPoseEvaluator& pEvaluator, int pFrame, double pF
     {
         pRows += lFrame;
         pRows += ',';
-        AppendField(pRows, lNodes[lNode]->GetName());
+        AppendCsvField(pRows, lNodes[lNode]->GetName());
         for (int i = 0; i < 3; ++i)
         {
             pRows += ',';
@@ -53,6 +35,22 @@ void FrameRows(const orvsdk::OrvPoseEvaluator& pEvaluator, int pFrame, double pF
 }
 
 } // namespace
+
+void AppendCsvField(std::string& pText, std::string_view pField)
+{
+    if (pField.find_first_of(",\"\r\n") == std::string_view::npos)
+    {
+        pText += pField;
+        return;
+    }
+    pText += '"';
+    for (char lChar : pField)
+    {
+        if (lChar == '"') pText += '"';
+        pText += lChar;
+    }
+    pText += '"';
+}
 
 bool WritePoseCsv(const orvsdk::OrvPoseEvaluator& pEvaluator, const std::vector<FrameRange>& pFrames,
                   double pFramesPerSecond, int pDecimals, OutputText& pOutput)

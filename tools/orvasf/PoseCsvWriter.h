@@ -3,6 +3,8 @@
 
 #include "tools/orvasf/ArgumentValues.h"
 
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace orvsdk {
@@ -12,6 +14,10 @@ class OrvPoseEvaluator;
 namespace orvasf::tool {
 
 class OutputText;
+
+// Appends pField to pText as one CSV field: quoted when it holds a comma, a quote or a line
+// break, with its quotes doubled.
+void AppendCsvField(std::string& pText, std::string_view pField);
 
 // Writes the world positions of the evaluator's nodes at the given frames as CSV: the header
 // "frame,joint,x,y,z", then one row per frame and node, frames in the order of pFrames, nodes

@@ -1,5 +1,6 @@
 // The orvasf command line: parses the arguments with CLI11 and runs one subcommand.
 #include "tools/orvasf/ArgumentValues.h"
+#include "tools/orvasf/BatchCommand.h"
 #include "tools/orvasf/Commands.h"
 #include "tools/orvasf/ConvertCommand.h"
 #include "tools/orvasf/ExitStatus.h"
@@ -136,6 +137,11 @@ int Run(int pArgc, char** pArgv)
     AddConvertOptions(*lConvertCommand, lConvert);
     AddImportFlags(*lConvertCommand, lConvert.mImport.mSettings);
 
+    BatchCommandOptions lBatch;
+    CLI::App* lBatchCommand = AddCommand(lApp, "batch", "Convert every AMC and BVH file below a folder, in parallel");
+    AddBatchOptions(*lBatchCommand, lBatch);
+    AddImportFlags(*lBatchCommand, lBatch.mSettings);
+
     try
     {
         lApp.parse(pArgc, pArgv);
@@ -156,6 +162,7 @@ int Run(int pArgc, char** pArgv)
         lConvert.mFramesPerSecondGiven = lConvertCommand->count("--fps") > 0;
         return RunConvert(lConvert);
     }
+    if (lBatchCommand->parsed()) return RunBatch(lBatch);
     return RunFormat(lFormat);
 }
 

@@ -1,0 +1,251 @@
+#include "tools/orvasf/BatchCommand.h"
+
+#include "driver/OrvExportDriver.h"
+#include "orvsdk/host/io/OrvNumberText.h"
+#include "orvsdk/host/scene/OrvPoseEvaluator.h"
+#include "tools/orvasf/BatchWork.h"
+#include "tools/orvasf/CommandOptions.h"
+#include "tools/orvasf/ConvertCommand.h"
+#include "tools/orvasf/ExitStatus.h"
+#include "tools/orvasf/MessagePrinter.h"
+#include "tools/orvasf/OutputText.h"
+#include "tools/orvasf/PoseCsvWriter.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <mutex>
+#include <thread>
+
+namespace orvasf::tool {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// What became of one file of the batch: a manifest row.
+struct BatchOutcome
+{
+    std::string mStatus;  // "ok", "warnings", "failed" or "skipped" (up to date)
+    int mFrames = 0;
+    double mFramesPerSecond = 0.0;
+    int mBones = 0;
+    std::string mFirstMessage;  // "FILE:LINE: warning|error: TEXT"; empty without messages
+};
+
+// The files an item writes: an ASF output comes with its AMC beside it.
+std::vector<fs::path> OutputsOf(const BatchItem& pItem, const std::string& pFormat)
+{
+    std::vector<fs::path> lOutputs{pItem.mOutput};
+    if (pFormat == "asf") lOutputs.push_back(fs::path(pItem.mOutput).replace_extension(".amc"));
+    return lOutputs;
+}
+
+// True when every output exists and is newer than every input.
+bool IsUpToDate(const BatchItem& pItem, const std::string& pFormat)
+{
+    std::error_code lError;
+    fs::file_time_type lNewestInput = fs::file_time_type::min();
+    for (const fs::path& lInput : {pItem.mSkeleton, pItem.mMotion})
+    {
+        if (lInput.empty()) continue;
+        lNewestInput = std::max(lNewestInput, fs::last_write_time(lInput, lError));
+        if (lError) return false;
+    }
+    for (const fs::path& lOutput : OutputsOf(pItem, pFormat))
+    {
+        const fs::file_time_type lWritten = fs::last_write_time(lOutput, lError);
+        if (lError || lWritten <= lNewestInput) return false;
+    }
+    return true;
+}
+
+// Writes every frame as "pose" prints it by default.
+bool WritePoseCsvFile(const std::string& pPath, const OrvImportResult& pImport)
+{
+    OutputText lOutput("CSV");
+    if (!lOutput.Open(pPath)) return false;
+    const std::vector<FrameRange> lFrames{{0, OrvAllFrames(pImport).mFrameCount - 1}};
+    const bool lWritten = WritePoseCsv(orvsdk::OrvPoseEvaluator(pImport.mRoot, pImport.mTake), lFrames,
+                                       pImport.mFramesPerSecond, PoseCommandOptions().mDecimals, lOutput);
+    return lOutput.Close() && lWritten;
+}
+
+// Writes the imported motion as pFormat at pItem's output, appending the writers' messages.
+bool WriteOutput(const BatchItem& pItem, const std::string& pFormat, const OrvImportResult& pImport,
+                 std::vector<orvsdk::OrvMessage>& pMessages)
+{
+    std::error_code lError;
+    fs::create_directories(pItem.mOutput.parent_path(), lError);
+    const std::string lPath = pItem.mOutput.string();
+    if (pFormat == "bvh") return OrvWriteBvh(lPath, pImport, OrvAllFrames(pImport), pMessages);
+    if (pFormat == "asf") return OrvWriteAsfAmc(lPath, OutputsOf(pItem, pFormat)[1].string(), pImport,
+                                                OrvAllFrames(pImport), pMessages);
+    if (pFormat == "csv") return WritePoseCsvFile(lPath, pImport);
+    return WriteGltf(lPath, pImport, false, pMessages);
+}
+
+// Imports and writes one item that can be converted; its messages are appended to pMessages.
+BatchOutcome Convert(const BatchItem& pItem, const BatchCommandOptions& pOptions,
+                     std::vector<orvsdk::OrvMessage>& pMessages)
+{
+    OrvImportSettings lSettings = pOptions.mSettings;
+    lSettings.mThreads = 1;  // the batch's workers already fill the cores
+    const OrvImportResult lImport = pItem.mMotion.empty()
+                                        ? OrvImportBvh(pItem.mSkeleton.string(), lSettings)
+                                        : OrvImportAsf(pItem.mSkeleton.string(), pItem.mMotion.string(), lSettings);
+    pMessages = lImport.mMessages;
+    BatchOutcome lOutcome;
+    const bool lWritten = lImport.mSucceeded && WriteOutput(pItem, pOptions.mFormat, lImport, pMessages);
+    lOutcome.mStatus = !lWritten ? "failed" : pMessages.empty() ? "ok" : "warnings";
+    lOutcome.mFrames = lImport.mSucceeded ? OrvAllFrames(lImport).mFrameCount : 0;
+    lOutcome.mFramesPerSecond = lImport.mFramesPerSecond;
+    lOutcome.mBones = lImport.mJointCount;
+    return lOutcome;
+}
+
+// What becomes of one item: refused for its problem, skipped as up to date, or converted.
+BatchOutcome Process(const BatchItem& pItem, const BatchCommandOptions& pOptions,
+                     std::vector<orvsdk::OrvMessage>& pMessages)
+{
+    BatchOutcome lOutcome;
+    if (!pItem.mProblem.empty())
+    {
+        const fs::path& lInput = pItem.mMotion.empty() ? pItem.mSkeleton : pItem.mMotion;
+        pMessages.push_back({orvsdk::OrvMessage::eError, lInput.string(), 0, pItem.mProblem});
+        lOutcome.mStatus = "failed";
+    }
+    else if (!pOptions.mForce && IsUpToDate(pItem, pOptions.mFormat))
+        lOutcome.mStatus = "skipped";
+    else
+        lOutcome = Convert(pItem, pOptions, pMessages);
+    if (!pMessages.empty()) lOutcome.mFirstMessage = orvsdk::OrvFormatMessage(pMessages.front());
+    return lOutcome;
+}
+
+// The files each item reads, relative to the input folder, as the manifest names them.
+std::string InputName(const fs::path& pPath, const fs::path& pFolder)
+{
+    return pPath.empty() ? std::string() : pPath.lexically_relative(pFolder).generic_string();
+}
+
+// Appends ",VALUE" to pRow, to 6 significant digits: a BVH frame time of 0.008333333 s gives
+// 120 frames per second, not 120.0000048.
+void AppendNumber(std::string& pRow, double pValue)
+{
+    pRow += ',';
+    orvsdk::OrvAppendGeneral(pRow, pValue, 6);
+}
+
+std::string ManifestRow(const BatchItem& pItem, const BatchOutcome& pOutcome, const BatchCommandOptions& pOptions)
+{
+    std::string lRow;
+    AppendCsvField(lRow, InputName(pItem.mSkeleton, pOptions.mInputFolder));
+    lRow += ',';
+    AppendCsvField(lRow, InputName(pItem.mMotion, pOptions.mInputFolder));
+    lRow += ',';
+    AppendCsvField(lRow, pItem.mOutput.lexically_relative(pOptions.mOutputFolder).generic_string());
+    const bool lConverted = pOutcome.mFrames > 0;
+    AppendNumber(lRow, pOutcome.mFrames);
+    AppendNumber(lRow, pOutcome.mFramesPerSecond);
+    AppendNumber(lRow, lConverted ? pOutcome.mFrames / pOutcome.mFramesPerSecond : 0.0);
+    AppendNumber(lRow, pOutcome.mBones);
+    lRow += ',' + pOutcome.mStatus + ',';
+    AppendCsvField(lRow, pOutcome.mFirstMessage);
+    return lRow + '\n';
+}
+
+bool WriteManifest(const std::vector<BatchItem>& pItems, const std::vector<BatchOutcome>& pOutcomes,
+                   const BatchCommandOptions& pOptions)
+{
+    OutputText lOutput("CSV");
+    if (!lOutput.Open((fs::path(pOptions.mOutputFolder) / "manifest.csv").string())) return false;
+    bool lWritten = lOutput.Write("skeleton,motion,output,frames,fps,duration,bones,status,message\n");
+    for (size_t i = 0; i < pItems.size(); ++i) lWritten = lWritten && lOutput.Write(ManifestRow(pItems[i], pOutcomes[i], pOptions));
+    return lOutput.Close() && lWritten;
+}
+
+// Runs the items on pJobs threads, each taking the next item not yet taken, and prints a line
+// per finished item with its messages, one item at a time.
+std::vector<BatchOutcome> ConvertAll(const std::vector<BatchItem>& pItems, const BatchCommandOptions& pOptions,
+                                     int pJobs)
+{
+    std::vector<BatchOutcome> lOutcomes(pItems.size());
+    std::atomic<size_t> lNext{0};
+    std::mutex lPrinting;
+    size_t lDone = 0;
+    const auto lWork = [&]() {
+        for (size_t i = lNext++; i < pItems.size(); i = lNext++)
+        {
+            std::vector<orvsdk::OrvMessage> lMessages;
+            lOutcomes[i] = Process(pItems[i], pOptions, lMessages);
+            const std::lock_guard<std::mutex> lLock(lPrinting);
+            PrintMessages(lMessages);
+            std::fprintf(stderr, "[%zu/%zu] %s: %s\n", ++lDone, pItems.size(), pItems[i].mOutput.string().c_str(),
+                         lOutcomes[i].mStatus.c_str());
+        }
+    };
+    std::vector<std::thread> lWorkers;
+    for (int i = 1; i < pJobs; ++i) lWorkers.emplace_back(lWork);
+    lWork();
+    for (std::thread& lWorker : lWorkers) lWorker.join();
+    return lOutcomes;
+}
+
+// pFolder without a final separator, so that paths below it are relative to it lexically:
+// "in/" and "in" both give "in".
+std::string FolderPath(const std::string& pFolder)
+{
+    return (fs::path(pFolder) / "").lexically_normal().parent_path().string();
+}
+
+} // namespace
+
+void AddBatchOptions(CLI::App& pCommand, BatchCommandOptions& pOptions)
+{
+    pCommand.add_option("input", pOptions.mInputFolder, "Folder searched for AMC (with their ASF) and BVH files")
+        ->required()
+        ->check(CLI::ExistingDirectory);
+    pCommand.add_option("-o,--output", pOptions.mOutputFolder, "Folder the outputs and manifest.csv are written to")
+        ->required()
+        ->type_name("DIR");
+    pCommand.add_option("--to", pOptions.mFormat, "Format of the outputs")
+        ->required()
+        ->check(CLI::IsMember({"bvh", "glb", "gltf", "csv", "asf"}))
+        ->type_name("bvh|glb|gltf|csv|asf");
+    pCommand.add_option("--jobs", pOptions.mJobs, "Files converted at once (default: one per core)")
+        ->check(CLI::PositiveNumber);
+    pCommand.add_flag("--force", pOptions.mForce, "Convert even the files whose outputs are newer than their inputs");
+}
+
+int RunBatch(const BatchCommandOptions& pOptions)
+{
+    BatchCommandOptions lOptions = pOptions;
+    lOptions.mInputFolder = FolderPath(pOptions.mInputFolder);
+    lOptions.mOutputFolder = FolderPath(pOptions.mOutputFolder);
+    std::vector<BatchItem> lItems;
+    try
+    {
+        lItems = FindBatchWork(lOptions.mInputFolder, lOptions.mOutputFolder, "." + lOptions.mFormat);
+        fs::create_directories(lOptions.mOutputFolder);
+    }
+    catch (const fs::filesystem_error& lError)
+    {
+        PrintToolError(lError.what());
+        return eOutputFailed;
+    }
+    const int lJobs = lOptions.mJobs > 0 ? lOptions.mJobs : static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
+    const std::vector<BatchOutcome> lOutcomes = ConvertAll(lItems, lOptions, lJobs);
+    const auto lCount = [&lOutcomes](const char* pStatus) {
+        return std::count_if(lOutcomes.begin(), lOutcomes.end(),
+                             [pStatus](const BatchOutcome& pOutcome) { return pOutcome.mStatus == pStatus; });
+    };
+    std::fprintf(stderr, "batch: %zu files: %td ok, %td with warnings, %td up to date, %td failed\n", lItems.size(),
+                 lCount("ok"), lCount("warnings"), lCount("skipped"), lCount("failed"));
+    if (!WriteManifest(lItems, lOutcomes, lOptions)) return eOutputFailed;
+    return lCount("failed") > 0 ? eInputRefused : eSuccess;
+}
+
+} // namespace orvasf::tool
