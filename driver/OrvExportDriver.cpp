@@ -5,6 +5,7 @@
 #include "orvsdk/asf/OrvFileAcclaimAsf.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <limits>
@@ -19,6 +20,20 @@ OrvExportFrames OrvAllFrames(const OrvImportResult& pImport)
         pImport.mFrameSpan <= 0
             ? 1
             : static_cast<int>(std::min<int64_t>(pImport.mFrameSpan, std::numeric_limits<int>::max()));
+    return lFrames;
+}
+
+OrvExportFrames OrvFramesAt(const OrvImportResult& pImport, double pFramesPerSecond)
+{
+    const OrvExportFrames lOwn = OrvAllFrames(pImport);
+    if (pFramesPerSecond <= 0.0) return lOwn;
+    const double lLastTime = (lOwn.mFrameCount - 1) / lOwn.mFramesPerSecond;
+    // A relative tolerance keeps a last time that is a whole number of new frames (120 fps
+    // frames at 30 fps) from losing its frame to rounding.
+    const double lLastFrame = std::floor(lLastTime * pFramesPerSecond * (1.0 + 1e-12));
+    OrvExportFrames lFrames = lOwn;
+    lFrames.mFramesPerSecond = pFramesPerSecond;
+    lFrames.mFrameCount = static_cast<int>(std::min<double>(lLastFrame + 1.0, std::numeric_limits<int>::max()));
     return lFrames;
 }
 

@@ -22,6 +22,12 @@ struct OrvExportFrames
 /// writers' range), or the rest pose alone when it has no motion.
 ORVDRIVER_API OrvExportFrames OrvAllFrames(const OrvImportResult& pImport);
 
+/// The frames of pImport's motion taken at pFramesPerSecond instead of its own rate: frame i at
+/// i / pFramesPerSecond from the first frame, as many as fit up to the motion's last frame time
+/// (the writers evaluate the host curves at those times, so frames between keys are interpolated
+/// as the curves interpolate). pFramesPerSecond 0 gives OrvAllFrames; otherwise it must be above 0.
+ORVDRIVER_API OrvExportFrames OrvFramesAt(const OrvImportResult& pImport, double pFramesPerSecond);
+
 /// Writes pSkeleton (its root must be set) as an ASF file at pPath with the module's writer and
 /// appends the writer's messages to pMessages. The file is replaced only when the whole text was
 /// written. False, with an error message naming the file, when it could not be written.

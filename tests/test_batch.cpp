@@ -4,6 +4,8 @@
 #include "support/BvhReference.h"
 #include "support/ToolRunner.h"
 
+#include <algorithm>
+#include <cmath>
 #include <map>
 #include <tuple>
 
@@ -218,7 +220,8 @@ TEST_F(BatchTest, EveryFormatWritesWhatTheSingleFileCommandWritesWhateverTheJobC
 
 TEST_F(BatchTest, UsageErrorsExitWithTwo)
 {
-    for (const std::string lOptions : {"", "--to npy", "--to bvh --jobs 0", "--to bvh --frobnicate"})
+    for (const std::string lOptions :
+         {"", "--to npy", "--to bvh --jobs 0", "--to bvh --frobnicate", "--to bvh --resample 0", "--to bvh --resample x"})
     {
         const ToolRun lRun = Batch(lOptions);
         EXPECT_EQ(lRun.mStatus, 2) << lOptions;
@@ -226,6 +229,48 @@ TEST_F(BatchTest, UsageErrorsExitWithTwo)
     }
     EXPECT_EQ(Run("batch " + Work("missing") + " -o " + Work("out") + " --to bvh").mStatus, 2);
     EXPECT_FALSE(fs::exists(mFolder / "out"));
+}
+
+// Resampling the walker (120 fps, 240 frames): at 30 fps every frame falls on every fourth
+// original frame, so batch's CSV holds the very positions pose prints for those frames; at 50 fps
+// the frames fall between keys, and each BVH channel equals the linear blend of the two
+// neighbouring original frames' channels, computed here.
+TEST_F(BatchTest, ResampledFramesFallOnOrBetweenTheOriginalFrames)
+{
+    ASSERT_EQ(Batch("--to csv --resample 30").mStatus, 1);
+    EXPECT_EQ(Manifest().at("07/07_01.csv").at("frames") + " " + Manifest().at("07/07_01.csv").at("fps"), "60 30");
+    const PoseTable lOriginal = PoseRows(Run("pose " + sSample() + " " + Quoted(kSampleAmc)).mOut);
+    const PoseTable lResampled = PoseRows(ReadFile(Out("07/07_01.csv")));
+    ASSERT_EQ(lResampled.size(), 60u * 26u);  // 21 joints and 5 end sites per frame
+    for (const auto& [lKey, lPosition] : lResampled)
+    {
+        const auto& lSame = lOriginal.at({lKey.first * 4, lKey.second});
+        for (size_t i = 0; i < 3; ++i) EXPECT_NEAR(lPosition.at(i), lSame.at(i), 1e-4) << lKey.second << lKey.first;
+    }
+
+    const std::string lConvert = "convert " + sSample() + " --motion " + Quoted(kSampleAmc) + " -o ";
+    ASSERT_EQ(Run(lConvert + Work("own.bvh")).mStatus, 0);
+    ASSERT_EQ(Run(lConvert + Work("50.bvh") + " --resample 50").mStatus, 0);
+    const bvhtest::Motion lOwn = bvhtest::Parse(ReadFile(WorkPath("own.bvh")));
+    const bvhtest::Motion l50 = bvhtest::Parse(ReadFile(WorkPath("50.bvh")));
+    ASSERT_TRUE(lOwn.mValid && l50.mValid);
+    // The last of 240 frames lies at 239 / 120 s: 99 frames of 1/50 s fit before it.
+    ASSERT_EQ(l50.mFrames.size(), 100u);
+    EXPECT_DOUBLE_EQ(l50.mFrameTime, 0.02);
+    double lLargest = 0.0;
+    for (size_t lFrame = 0; lFrame < l50.mFrames.size(); ++lFrame)
+    {
+        const double lOriginalFrame = static_cast<double>(lFrame) * 120.0 / 50.0;
+        const size_t lBefore = static_cast<size_t>(lOriginalFrame);
+        const size_t lAfter = std::min(lBefore + 1, lOwn.mFrames.size() - 1);
+        const double lWeight = lOriginalFrame - static_cast<double>(lBefore);
+        for (size_t c = 0; c < l50.mFrames[lFrame].size(); ++c)
+        {
+            const double lBlend = lOwn.mFrames[lBefore][c] * (1.0 - lWeight) + lOwn.mFrames[lAfter][c] * lWeight;
+            lLargest = std::max(lLargest, std::abs(l50.mFrames[lFrame][c] - lBlend));
+        }
+    }
+    EXPECT_LT(lLargest, 1e-4);  // degrees and centimetres, as printed
 }
 
 // The shared real files as they lie: their AMC files sit in a folder without ASF files, so each

@@ -62,29 +62,29 @@ bool IsUpToDate(const BatchItem& pItem, const std::string& pFormat)
     return true;
 }
 
-// Writes every frame as "pose" prints it by default.
-bool WritePoseCsvFile(const std::string& pPath, const OrvImportResult& pImport)
+// Writes pFrames as "pose" prints them by default.
+bool WritePoseCsvFile(const std::string& pPath, const OrvImportResult& pImport, const OrvExportFrames& pFrames)
 {
     OutputText lOutput("CSV");
     if (!lOutput.Open(pPath)) return false;
-    const std::vector<FrameRange> lFrames{{0, OrvAllFrames(pImport).mFrameCount - 1}};
+    const std::vector<FrameRange> lFrames{{0, pFrames.mFrameCount - 1}};
     const bool lWritten = WritePoseCsv(orvsdk::OrvPoseEvaluator(pImport.mRoot, pImport.mTake), lFrames,
-                                       pImport.mFramesPerSecond, PoseCommandOptions().mDecimals, lOutput);
+                                       pFrames.mFramesPerSecond, PoseCommandOptions().mDecimals, lOutput);
     return lOutput.Close() && lWritten;
 }
 
-// Writes the imported motion as pFormat at pItem's output, appending the writers' messages.
+// Writes pFrames of the imported motion as pFormat at pItem's output, appending the writers'
+// messages.
 bool WriteOutput(const BatchItem& pItem, const std::string& pFormat, const OrvImportResult& pImport,
-                 std::vector<orvsdk::OrvMessage>& pMessages)
+                 const OrvExportFrames& pFrames, std::vector<orvsdk::OrvMessage>& pMessages)
 {
     std::error_code lError;
     fs::create_directories(pItem.mOutput.parent_path(), lError);
     const std::string lPath = pItem.mOutput.string();
-    if (pFormat == "bvh") return OrvWriteBvh(lPath, pImport, OrvAllFrames(pImport), pMessages);
-    if (pFormat == "asf") return OrvWriteAsfAmc(lPath, OutputsOf(pItem, pFormat)[1].string(), pImport,
-                                                OrvAllFrames(pImport), pMessages);
-    if (pFormat == "csv") return WritePoseCsvFile(lPath, pImport);
-    return WriteGltf(lPath, pImport, false, pMessages);
+    if (pFormat == "bvh") return OrvWriteBvh(lPath, pImport, pFrames, pMessages);
+    if (pFormat == "asf") return OrvWriteAsfAmc(lPath, OutputsOf(pItem, pFormat)[1].string(), pImport, pFrames, pMessages);
+    if (pFormat == "csv") return WritePoseCsvFile(lPath, pImport, pFrames);
+    return WriteGltf(lPath, pImport, pFrames, false, pMessages);
 }
 
 // Imports and writes one item that can be converted; its messages are appended to pMessages.
@@ -98,11 +98,15 @@ BatchOutcome Convert(const BatchItem& pItem, const BatchCommandOptions& pOptions
                                         : OrvImportAsf(pItem.mSkeleton.string(), pItem.mMotion.string(), lSettings);
     pMessages = lImport.mMessages;
     BatchOutcome lOutcome;
-    const bool lWritten = lImport.mSucceeded && WriteOutput(pItem, pOptions.mFormat, lImport, pMessages);
-    lOutcome.mStatus = !lWritten ? "failed" : pMessages.empty() ? "ok" : "warnings";
-    lOutcome.mFrames = lImport.mSucceeded ? OrvAllFrames(lImport).mFrameCount : 0;
     lOutcome.mFramesPerSecond = lImport.mFramesPerSecond;
     lOutcome.mBones = lImport.mJointCount;
+    lOutcome.mStatus = "failed";
+    if (!lImport.mSucceeded) return lOutcome;
+    const OrvExportFrames lFrames = OrvFramesAt(lImport, pOptions.mResampleFps);
+    if (!WriteOutput(pItem, pOptions.mFormat, lImport, lFrames, pMessages)) return lOutcome;
+    lOutcome.mStatus = pMessages.empty() ? "ok" : "warnings";
+    lOutcome.mFrames = lFrames.mFrameCount;
+    lOutcome.mFramesPerSecond = lFrames.mFramesPerSecond;
     return lOutcome;
 }
 
@@ -217,6 +221,11 @@ void AddBatchOptions(CLI::App& pCommand, BatchCommandOptions& pOptions)
         ->type_name("bvh|glb|gltf|csv|asf");
     pCommand.add_option("--jobs", pOptions.mJobs, "Files converted at once (default: one per core)")
         ->check(CLI::PositiveNumber);
+    pCommand
+        .add_option("--resample", pOptions.mResampleFps,
+                    "Frame rate of the outputs' motion, evaluated between the inputs' frames (default: each input's own)")
+        ->check(CLI::PositiveNumber)
+        ->type_name("FPS");
     pCommand.add_flag("--force", pOptions.mForce, "Convert even the files whose outputs are newer than their inputs");
 }
 

@@ -18,12 +18,13 @@ struct BatchCommandOptions
     std::string mOutputFolder;
     std::string mFormat;    // "bvh", "glb", "gltf", "csv" or "asf"
     int mJobs = 0;          // worker threads; 0: one per core
+    double mResampleFps = 0.0;  // frame rate of the outputs' motion; 0: each input's own
     bool mForce = false;    // convert even the files whose outputs are up to date
     OrvImportSettings mSettings;  // every import's; each runs on its worker's thread alone
 };
 
 // Adds to pCommand (the "batch" subcommand) its folders and the options -o/--output, --to,
-// --jobs and --force, bound to pOptions. The shared import flags are the caller's to add.
+// --jobs, --resample and --force, bound to pOptions. The shared import flags are the caller's to add.
 void AddBatchOptions(CLI::App& pCommand, BatchCommandOptions& pOptions);
 
 // Converts every file of the batch on pOptions.mJobs threads, one file never stopping another,

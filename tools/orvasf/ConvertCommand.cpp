@@ -61,16 +61,16 @@ std::string UsageProblem(const ConvertCommandOptions& pOptions, EFormat pInput, 
 
 } // namespace
 
-bool WriteGltf(const std::string& pPath, const OrvImportResult& pImport, bool pSeparateBuffer,
-               std::vector<orvsdk::OrvMessage>& pMessages)
+bool WriteGltf(const std::string& pPath, const OrvImportResult& pImport, const OrvExportFrames& pFrames,
+               bool pSeparateBuffer, std::vector<orvsdk::OrvMessage>& pMessages)
 {
     OrvGltfWriteSettings lSettings;
     const bool lBinary = FormatOf(pPath) == EFormat::eGlb;
     lSettings.mContainer = lBinary           ? OrvGltfContainer::eBinary
                            : pSeparateBuffer ? OrvGltfContainer::eSeparate
                                              : OrvGltfContainer::eEmbedded;
-    lSettings.mFramesPerSecond = pImport.mFramesPerSecond;
-    lSettings.mFrameCount = pImport.mHasMotion ? OrvAllFrames(pImport).mFrameCount : 0;
+    lSettings.mFramesPerSecond = pFrames.mFramesPerSecond;
+    lSettings.mFrameCount = pImport.mHasMotion ? pFrames.mFrameCount : 0;
     lSettings.mAnimationName = pImport.mTake->GetName();
     lSettings.mGenerator = "orvasf " ORVSDK_VERSION;
     OrvGltfWriter lWriter;
@@ -99,6 +99,12 @@ void AddConvertOptions(CLI::App& pCommand, ConvertCommandOptions& pOptions)
         .add_option("--motion-out", pOptions.mMotionOutputPath,
                     "AMC file written with an ASF output (default: the output's name with .amc)")
         ->type_name("FILE.amc");
+    pCommand
+        .add_option("--resample", pOptions.mResampleFps,
+                    "Frame rate of the output's motion, evaluated between the input's frames "
+                    "(default: the input's own)")
+        ->check(CLI::PositiveNumber)
+        ->type_name("FPS");
 }
 
 int RunConvert(const ConvertCommandOptions& pOptions)
@@ -120,19 +126,20 @@ int RunConvert(const ConvertCommandOptions& pOptions)
     const OrvImportResult lImport = ImportFiles(lImportOptions, lInputFormat);
     if (!lImport.mSucceeded) return eInputRefused;
 
+    const OrvExportFrames lFrames = OrvFramesAt(lImport, pOptions.mResampleFps);
     std::vector<orvsdk::OrvMessage> lMessages;
     bool lWritten = false;
     if (lOutput == EFormat::eGlb || lOutput == EFormat::eGltf)
-        lWritten = WriteGltf(pOptions.mOutputPath, lImport, pOptions.mGltfBuffer == "separate", lMessages);
+        lWritten = WriteGltf(pOptions.mOutputPath, lImport, lFrames, pOptions.mGltfBuffer == "separate", lMessages);
     else if (lOutput == EFormat::eBvh)
-        lWritten = OrvWriteBvh(pOptions.mOutputPath, lImport, OrvAllFrames(lImport), lMessages);
+        lWritten = OrvWriteBvh(pOptions.mOutputPath, lImport, lFrames, lMessages);
     else
     {
         const std::string lAmcPath =
             !pOptions.mMotionOutputPath.empty()
                 ? pOptions.mMotionOutputPath
                 : std::filesystem::path(pOptions.mOutputPath).replace_extension(".amc").string();
-        lWritten = OrvWriteAsfAmc(pOptions.mOutputPath, lAmcPath, lImport, OrvAllFrames(lImport), lMessages);
+        lWritten = OrvWriteAsfAmc(pOptions.mOutputPath, lAmcPath, lImport, lFrames, lMessages);
     }
     PrintMessages(lMessages);
     return lWritten ? eSuccess : eOutputFailed;

@@ -3,6 +3,7 @@
 
 #include "tools/orvasf/CommandOptions.h"
 
+#include "driver/OrvExportDriver.h"
 #include "driver/OrvImportDriver.h"
 
 #include <string>
@@ -27,10 +28,11 @@ struct ConvertCommandOptions
     std::string mOutputPath;       // ".bvh", ".asf", ".glb" or ".gltf"
     std::string mMotionOutputPath; // the AMC beside an ASF output; empty: the output with ".amc"
     std::string mGltfBuffer;       // of a .gltf output: "embedded" (the default) or "separate"
+    double mResampleFps = 0.0;     // frame rate of the output's motion; 0: the input's own
 };
 
 // Adds to pCommand (the "convert" subcommand) its input argument and the options --motion,
-// -o/--output, --motion-out, --animation and --buffer, bound to pOptions. The shared import flags (--fps and the rest)
+// -o/--output, --motion-out, --animation, --buffer and --resample, bound to pOptions. The shared import flags (--fps and the rest)
 // are the caller's to add, bound to pOptions.mImport.
 void AddConvertOptions(CLI::App& pCommand, ConvertCommandOptions& pOptions);
 
@@ -42,13 +44,13 @@ void AddConvertOptions(CLI::App& pCommand, ConvertCommandOptions& pOptions);
 // host scene.
 int RunConvert(const ConvertCommandOptions& pOptions);
 
-// Writes the skeleton of pImport (which must have succeeded), its skin, a figure and its motion
-// as glTF 2.0 at pPath: binary for a ".glb" path, else text with its binary data embedded as
+// Writes the skeleton of pImport (which must have succeeded), its skin, a figure and pFrames of its
+// motion (see OrvFramesAt) as glTF 2.0 at pPath: binary for a ".glb" path, else text with its binary data embedded as
 // base64, or in a .bin file beside it when pSeparateBuffer. The animation is named after the
 // take. Appends the writer's messages to pMessages. False when a file could not be written; an
 // existing file is then untouched. Costs the motion's frame count times the joint count.
-bool WriteGltf(const std::string& pPath, const OrvImportResult& pImport, bool pSeparateBuffer,
-               std::vector<orvsdk::OrvMessage>& pMessages);
+bool WriteGltf(const std::string& pPath, const OrvImportResult& pImport, const OrvExportFrames& pFrames,
+               bool pSeparateBuffer, std::vector<orvsdk::OrvMessage>& pMessages);
 
 } // namespace orvasf::tool
 
