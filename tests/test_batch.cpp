@@ -221,7 +221,7 @@ TEST_F(BatchTest, EveryFormatWritesWhatTheSingleFileCommandWritesWhateverTheJobC
 TEST_F(BatchTest, UsageErrorsExitWithTwo)
 {
     for (const std::string lOptions :
-         {"", "--to npy", "--to bvh --jobs 0", "--to bvh --frobnicate", "--to bvh --resample 0", "--to bvh --resample x"})
+         {"", "--to obj", "--to bvh --jobs 0", "--to bvh --frobnicate", "--to bvh --resample 0", "--to bvh --resample x"})
     {
         const ToolRun lRun = Batch(lOptions);
         EXPECT_EQ(lRun.mStatus, 2) << lOptions;

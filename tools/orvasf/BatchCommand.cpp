@@ -8,6 +8,7 @@
 #include "tools/orvasf/ConvertCommand.h"
 #include "tools/orvasf/ExitStatus.h"
 #include "tools/orvasf/MessagePrinter.h"
+#include "tools/orvasf/NpyWriter.h"
 #include "tools/orvasf/OutputText.h"
 #include "tools/orvasf/PoseCsvWriter.h"
 
@@ -35,11 +36,13 @@ struct BatchOutcome
     std::string mFirstMessage;  // "FILE:LINE: warning|error: TEXT"; empty without messages
 };
 
-// The files an item writes: an ASF output comes with its AMC beside it.
+// The files an item writes: an ASF output comes with its AMC beside it, an NPY output with its
+// JSON description.
 std::vector<fs::path> OutputsOf(const BatchItem& pItem, const std::string& pFormat)
 {
     std::vector<fs::path> lOutputs{pItem.mOutput};
     if (pFormat == "asf") lOutputs.push_back(fs::path(pItem.mOutput).replace_extension(".amc"));
+    if (pFormat == "npy") lOutputs.push_back(fs::path(pItem.mOutput).replace_extension(".json"));
     return lOutputs;
 }
 
@@ -84,6 +87,7 @@ bool WriteOutput(const BatchItem& pItem, const std::string& pFormat, const OrvIm
     if (pFormat == "bvh") return OrvWriteBvh(lPath, pImport, pFrames, pMessages);
     if (pFormat == "asf") return OrvWriteAsfAmc(lPath, OutputsOf(pItem, pFormat)[1].string(), pImport, pFrames, pMessages);
     if (pFormat == "csv") return WritePoseCsvFile(lPath, pImport, pFrames);
+    if (pFormat == "npy") return WritePositionArray(lPath, OutputsOf(pItem, pFormat)[1].string(), pImport, pFrames);
     return WriteGltf(lPath, pImport, pFrames, false, pMessages);
 }
 
@@ -217,8 +221,8 @@ void AddBatchOptions(CLI::App& pCommand, BatchCommandOptions& pOptions)
         ->type_name("DIR");
     pCommand.add_option("--to", pOptions.mFormat, "Format of the outputs")
         ->required()
-        ->check(CLI::IsMember({"bvh", "glb", "gltf", "csv", "asf"}))
-        ->type_name("bvh|glb|gltf|csv|asf");
+        ->check(CLI::IsMember({"bvh", "glb", "gltf", "csv", "npy", "asf"}))
+        ->type_name("bvh|glb|gltf|csv|npy|asf");
     pCommand.add_option("--jobs", pOptions.mJobs, "Files converted at once (default: one per core)")
         ->check(CLI::PositiveNumber);
     pCommand

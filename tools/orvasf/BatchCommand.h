@@ -16,7 +16,7 @@ struct BatchCommandOptions
 {
     std::string mInputFolder;
     std::string mOutputFolder;
-    std::string mFormat;    // "bvh", "glb", "gltf", "csv" or "asf"
+    std::string mFormat;    // "bvh", "glb", "gltf", "csv", "npy" or "asf"
     int mJobs = 0;          // worker threads; 0: one per core
     double mResampleFps = 0.0;  // frame rate of the outputs' motion; 0: each input's own
     bool mForce = false;    // convert even the files whose outputs are up to date
