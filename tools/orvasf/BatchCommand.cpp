@@ -13,9 +13,11 @@
 #include "tools/orvasf/PoseCsvWriter.h"
 
 #include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <atomic>
+#include <charconv>
 #include <cstdio>
 #include <mutex>
 #include <thread>
@@ -139,40 +141,64 @@ std::string InputName(const fs::path& pPath, const fs::path& pFolder)
     return pPath.empty() ? std::string() : pPath.lexically_relative(pFolder).generic_string();
 }
 
-// Appends ",VALUE" to pRow, to 6 significant digits: a BVH frame time of 0.008333333 s gives
-// 120 frames per second, not 120.0000048.
-void AppendNumber(std::string& pRow, double pValue)
+// pValue to 6 significant digits: a BVH frame time of 0.008333333 s gives 120 frames per
+// second, not 120.0000048.
+double Rounded(double pValue)
 {
-    pRow += ',';
-    orvsdk::OrvAppendGeneral(pRow, pValue, 6);
+    std::string lText;
+    orvsdk::OrvAppendGeneral(lText, pValue, 6);
+    double lValue = pValue;
+    std::from_chars(lText.data(), lText.data() + lText.size(), lValue);
+    return lValue;
 }
 
-std::string ManifestRow(const BatchItem& pItem, const BatchOutcome& pOutcome, const BatchCommandOptions& pOptions)
+// One file's manifest record, its fields in the order of the CSV columns.
+nlohmann::ordered_json ManifestRecord(const BatchItem& pItem, const BatchOutcome& pOutcome,
+                                      const BatchCommandOptions& pOptions)
+{
+    const bool lConverted = pOutcome.mFrames > 0;
+    return {{"skeleton", InputName(pItem.mSkeleton, pOptions.mInputFolder)},
+            {"motion", InputName(pItem.mMotion, pOptions.mInputFolder)},
+            {"output", pItem.mOutput.lexically_relative(pOptions.mOutputFolder).generic_string()},
+            {"frames", pOutcome.mFrames},
+            {"fps", Rounded(pOutcome.mFramesPerSecond)},
+            {"duration", Rounded(lConverted ? pOutcome.mFrames / pOutcome.mFramesPerSecond : 0.0)},
+            {"bones", pOutcome.mBones},
+            {"status", pOutcome.mStatus},
+            {"message", pOutcome.mFirstMessage}};
+}
+
+// The record as a CSV row: texts as fields, numbers to 6 significant digits.
+std::string CsvRow(const nlohmann::ordered_json& pRecord)
 {
     std::string lRow;
-    AppendCsvField(lRow, InputName(pItem.mSkeleton, pOptions.mInputFolder));
-    lRow += ',';
-    AppendCsvField(lRow, InputName(pItem.mMotion, pOptions.mInputFolder));
-    lRow += ',';
-    AppendCsvField(lRow, pItem.mOutput.lexically_relative(pOptions.mOutputFolder).generic_string());
-    const bool lConverted = pOutcome.mFrames > 0;
-    AppendNumber(lRow, pOutcome.mFrames);
-    AppendNumber(lRow, pOutcome.mFramesPerSecond);
-    AppendNumber(lRow, lConverted ? pOutcome.mFrames / pOutcome.mFramesPerSecond : 0.0);
-    AppendNumber(lRow, pOutcome.mBones);
-    lRow += ',' + pOutcome.mStatus + ',';
-    AppendCsvField(lRow, pOutcome.mFirstMessage);
+    for (const auto& lField : pRecord.items())
+    {
+        if (lField.key() != "skeleton") lRow += ',';
+        if (lField.value().is_string())
+            AppendCsvField(lRow, lField.value().get_ref<const std::string&>());
+        else
+            orvsdk::OrvAppendGeneral(lRow, lField.value().get<double>(), 6);
+    }
     return lRow + '\n';
 }
 
+// Writes OUTPUT/manifest.csv and, when asked, OUTPUT/manifest.json (an array of the records).
 bool WriteManifest(const std::vector<BatchItem>& pItems, const std::vector<BatchOutcome>& pOutcomes,
                    const BatchCommandOptions& pOptions)
 {
-    OutputText lOutput("CSV");
-    if (!lOutput.Open((fs::path(pOptions.mOutputFolder) / "manifest.csv").string())) return false;
-    bool lWritten = lOutput.Write("skeleton,motion,output,frames,fps,duration,bones,status,message\n");
-    for (size_t i = 0; i < pItems.size(); ++i) lWritten = lWritten && lOutput.Write(ManifestRow(pItems[i], pOutcomes[i], pOptions));
-    return lOutput.Close() && lWritten;
+    nlohmann::ordered_json lRecords = nlohmann::ordered_json::array();
+    for (size_t i = 0; i < pItems.size(); ++i) lRecords.push_back(ManifestRecord(pItems[i], pOutcomes[i], pOptions));
+    OutputText lCsv("CSV");
+    if (!lCsv.Open((fs::path(pOptions.mOutputFolder) / "manifest.csv").string())) return false;
+    bool lWritten = lCsv.Write("skeleton,motion,output,frames,fps,duration,bones,status,message\n");
+    for (const nlohmann::ordered_json& lRecord : lRecords) lWritten = lWritten && lCsv.Write(CsvRow(lRecord));
+    if (!lCsv.Close() || !lWritten) return false;
+    if (!pOptions.mManifestJson) return true;
+    OutputText lJson("JSON");
+    if (!lJson.Open((fs::path(pOptions.mOutputFolder) / "manifest.json").string())) return false;
+    lWritten = lJson.Write(lRecords.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+    return lJson.Close() && lWritten;
 }
 
 // Runs the items on pJobs threads, each taking the next item not yet taken, and prints a line
@@ -230,6 +256,7 @@ void AddBatchOptions(CLI::App& pCommand, BatchCommandOptions& pOptions)
                     "Frame rate of the outputs' motion, evaluated between the inputs' frames (default: each input's own)")
         ->check(CLI::PositiveNumber)
         ->type_name("FPS");
+    pCommand.add_flag("--manifest-json", pOptions.mManifestJson, "Write the manifest as manifest.json too");
     pCommand.add_flag("--force", pOptions.mForce, "Convert even the files whose outputs are newer than their inputs");
 }
 

@@ -1,5 +1,7 @@
-"""`orvasf batch --to npy`: the arrays load with NumPy to the positions `pose` prints, in metres,
-and the JSON beside each names the joints in the array's order."""
+"""`orvasf batch` read back with Python's own parsers: `--to npy` arrays load with NumPy to the
+positions `pose` prints, in metres, with the joints named in the JSON beside each; the manifest's
+JSON holds the CSV's rows."""
+import csv
 import json
 import pathlib
 import subprocess
@@ -59,3 +61,26 @@ def test_resampled_array_keeps_every_fourth_frame_at_a_quarter_of_the_rate(tmp_p
     expected, _ = pose_positions(SAMPLE_ASF, SAMPLE_AMC)
     assert description["fps"] == 30 and array.shape[0] == 60
     assert np.abs(array - expected[::4] / 100).max() <= 1e-6
+
+
+def test_manifest_json_holds_the_csv_rows_with_numbers_as_numbers(tmp_path):
+    # in/01/01.asf 01_01.amc (the walker) and 01_02.amc (a root value that is not a number)
+    subject = tmp_path / "in" / "01"
+    subject.mkdir(parents=True)
+    (subject / "01.asf").write_bytes(pathlib.Path(SAMPLE_ASF).read_bytes())
+    motion = pathlib.Path(SAMPLE_AMC).read_text()
+    (subject / "01_01.amc").write_text(motion)
+    (subject / "01_02.amc").write_text(motion.replace("root 0 16.9 0 0 0 0", "root 0 abc 0 0 0 0"))
+    run = subprocess.run([TOOL, "batch", str(tmp_path / "in"), "-o", str(tmp_path / "out"), "--to", "bvh",
+                          "--resample", "50", "--manifest-json"], capture_output=True)
+    assert run.returncode == 1
+    with open(tmp_path / "out" / "manifest.csv", newline="") as table:
+        rows = list(csv.DictReader(table))
+    records = json.loads((tmp_path / "out" / "manifest.json").read_text())
+    assert [record["output"] for record in records] == ["01/01_01.bvh", "01/01_02.bvh"]
+    for row, record in zip(rows, records):
+        assert list(record) == list(row)
+        for name, text in row.items():
+            assert record[name] == (text if isinstance(record[name], str) else pytest.approx(float(text)))
+    assert (records[0]["frames"], records[0]["fps"], records[0]["status"]) == (100, 50, "ok")
+    assert records[1]["status"] == "failed" and ":5: error: " in records[1]["message"]
