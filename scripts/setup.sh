@@ -14,6 +14,8 @@ packages+=(doxygen pkgconf)
 # The orvasf Python package (python/) is built with pybind11 against Debian's Python and NumPy;
 # pytest runs its tests.
 packages+=(python3-dev python3-numpy pybind11-dev python3-pytest)
+# script (bsdutils) runs orvasf batch on a pseudo-terminal to check its progress line.
+packages+=(bsdutils)
 # tinygltf reads and writes glTF files; node and npm run the glTF checks of the Khronos validator
 # and three.js (package.json), and assimp reads and writes glTF files for them. A node that came
 # with its own npm (as other distributions of node do) is kept.

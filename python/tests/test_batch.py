@@ -4,6 +4,8 @@ JSON holds the CSV's rows."""
 import csv
 import json
 import pathlib
+import shlex
+import shutil
 import subprocess
 
 import numpy as np
@@ -63,14 +65,18 @@ def test_resampled_array_keeps_every_fourth_frame_at_a_quarter_of_the_rate(tmp_p
     assert np.abs(array - expected[::4] / 100).max() <= 1e-6
 
 
-def test_manifest_json_holds_the_csv_rows_with_numbers_as_numbers(tmp_path):
-    # in/01/01.asf 01_01.amc (the walker) and 01_02.amc (a root value that is not a number)
+def one_good_one_broken(tmp_path):
+    """in/01/01.asf 01_01.amc (the walker) and 01_02.amc (a root value that is not a number)."""
     subject = tmp_path / "in" / "01"
     subject.mkdir(parents=True)
     (subject / "01.asf").write_bytes(pathlib.Path(SAMPLE_ASF).read_bytes())
     motion = pathlib.Path(SAMPLE_AMC).read_text()
     (subject / "01_01.amc").write_text(motion)
     (subject / "01_02.amc").write_text(motion.replace("root 0 16.9 0 0 0 0", "root 0 abc 0 0 0 0"))
+
+
+def test_manifest_json_holds_the_csv_rows_with_numbers_as_numbers(tmp_path):
+    one_good_one_broken(tmp_path)
     run = subprocess.run([TOOL, "batch", str(tmp_path / "in"), "-o", str(tmp_path / "out"), "--to", "bvh",
                           "--resample", "50", "--manifest-json"], capture_output=True)
     assert run.returncode == 1
@@ -84,3 +90,19 @@ def test_manifest_json_holds_the_csv_rows_with_numbers_as_numbers(tmp_path):
             assert record[name] == (text if isinstance(record[name], str) else pytest.approx(float(text)))
     assert (records[0]["frames"], records[0]["fps"], records[0]["status"]) == (100, 50, "ok")
     assert records[1]["status"] == "failed" and ":5: error: " in records[1]["message"]
+
+
+@pytest.mark.skipif(shutil.which("script") is None, reason="util-linux script is not installed")
+def test_on_a_terminal_one_progress_line_counts_files_and_failures(tmp_path):
+    one_good_one_broken(tmp_path)
+    command = shlex.join([TOOL, "batch", str(tmp_path / "in"), "-o", str(tmp_path / "out"), "--to", "bvh"])
+    # script runs the tool on a pseudo-terminal and copies what it shows.
+    shown = subprocess.run(["script", "-qec", command, "/dev/null"], capture_output=True).stdout.decode()
+    assert "\rbatch: 2/2 files, " in shown and " frames/s, " in shown and " s left, 1 failed\x1b[K" in shown
+    assert "01_02.amc:5: error: " in shown
+    assert "[1/2]" not in shown
+    assert "batch: 2 files: 1 ok, 0 with warnings, 0 up to date, 1 failed" in shown
+
+    plain = subprocess.run([TOOL, "batch", str(tmp_path / "in"), "-o", str(tmp_path / "plain"), "--to", "bvh"],
+                           capture_output=True, text=True).stderr
+    assert "\r" not in plain and "[2/2] " in plain

@@ -11,6 +11,7 @@
 #include "tools/orvasf/NpyWriter.h"
 #include "tools/orvasf/OutputText.h"
 #include "tools/orvasf/PoseCsvWriter.h"
+#include "tools/orvasf/ProgressReporter.h"
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
@@ -18,6 +19,8 @@
 #include <algorithm>
 #include <atomic>
 #include <charconv>
+#include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <mutex>
 #include <thread>
@@ -201,24 +204,65 @@ bool WriteManifest(const std::vector<BatchItem>& pItems, const std::vector<Batch
     return lJson.Close() && lWritten;
 }
 
-// Runs the items on pJobs threads, each taking the next item not yet taken, and prints a line
-// per finished item with its messages, one item at a time.
+// How far a batch has come, counted as its items finish.
+struct BatchProgress
+{
+    size_t mDone = 0;
+    size_t mTotal = 0;
+    long long mFrames = 0;  // frames written so far
+    size_t mFailed = 0;
+    std::chrono::steady_clock::time_point mStart = std::chrono::steady_clock::now();
+};
+
+// "batch: 12/54 files, 45200 frames/s, 3 s left, 1 failed": the time left assumes the files
+// still to come take as long as those done.
+std::string ProgressText(const BatchProgress& pProgress)
+{
+    const double lSeconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - pProgress.mStart).count();
+    const double lLeft = lSeconds / static_cast<double>(pProgress.mDone) *
+                         static_cast<double>(pProgress.mTotal - pProgress.mDone);
+    return "batch: " + std::to_string(pProgress.mDone) + "/" + std::to_string(pProgress.mTotal) + " files, " +
+           std::to_string(std::llround(lSeconds > 0.0 ? static_cast<double>(pProgress.mFrames) / lSeconds : 0.0)) +
+           " frames/s, " + std::to_string(std::llround(lLeft)) + " s left, " + std::to_string(pProgress.mFailed) +
+           " failed";
+}
+
+// Reports one finished item: its messages, then the progress line on a terminal, or a plain
+// line naming the item elsewhere.
+void ReportItem(const BatchItem& pItem, const BatchOutcome& pOutcome, const std::vector<orvsdk::OrvMessage>& pMessages,
+                BatchProgress& pProgress, ProgressReporter& pReporter)
+{
+    ++pProgress.mDone;
+    pProgress.mFrames += pOutcome.mFrames;
+    pProgress.mFailed += pOutcome.mStatus == "failed";
+    if (!pMessages.empty()) pReporter.Finish();
+    PrintMessages(pMessages);
+    if (pReporter.IsEnabled())
+        pReporter.Show(ProgressText(pProgress));
+    else
+        std::fprintf(stderr, "[%zu/%zu] %s: %s\n", pProgress.mDone, pProgress.mTotal, pItem.mOutput.string().c_str(),
+                     pOutcome.mStatus.c_str());
+}
+
+// Runs the items on pJobs threads, each taking the next item not yet taken, and reports each
+// finished item, one at a time.
 std::vector<BatchOutcome> ConvertAll(const std::vector<BatchItem>& pItems, const BatchCommandOptions& pOptions,
                                      int pJobs)
 {
     std::vector<BatchOutcome> lOutcomes(pItems.size());
     std::atomic<size_t> lNext{0};
-    std::mutex lPrinting;
-    size_t lDone = 0;
+    std::mutex lReporting;
+    BatchProgress lProgress;
+    lProgress.mTotal = pItems.size();
+    ProgressReporter lReporter("batch");
     const auto lWork = [&]() {
         for (size_t i = lNext++; i < pItems.size(); i = lNext++)
         {
             std::vector<orvsdk::OrvMessage> lMessages;
             lOutcomes[i] = Process(pItems[i], pOptions, lMessages);
-            const std::lock_guard<std::mutex> lLock(lPrinting);
-            PrintMessages(lMessages);
-            std::fprintf(stderr, "[%zu/%zu] %s: %s\n", ++lDone, pItems.size(), pItems[i].mOutput.string().c_str(),
-                         lOutcomes[i].mStatus.c_str());
+            const std::lock_guard<std::mutex> lLock(lReporting);
+            ReportItem(pItems[i], lOutcomes[i], lMessages, lProgress, lReporter);
         }
     };
     std::vector<std::thread> lWorkers;

@@ -18,13 +18,17 @@ ProgressReporter::~ProgressReporter()
 void ProgressReporter::Update(uint64_t pDone, uint64_t pTotal)
 {
     if (!mEnabled) return;
-    // "\r" returns to the line's start and "\x1b[K" erases the rest of the previous text.
     if (pTotal > 0)
-        std::fprintf(stderr, "\rreading %s: %3u%%\x1b[K", mLabel.c_str(),
-                     static_cast<unsigned>(pDone * 100 / pTotal));
+        Show("reading " + mLabel + ": " + std::to_string(pDone * 100 / pTotal) + "%");
     else
-        std::fprintf(stderr, "\rreading %s: %llu MB\x1b[K", mLabel.c_str(),
-                     static_cast<unsigned long long>(pDone >> 20));
+        Show("reading " + mLabel + ": " + std::to_string(pDone >> 20) + " MB");
+}
+
+void ProgressReporter::Show(const std::string& pText)
+{
+    if (!mEnabled) return;
+    // "\r" returns to the line's start and "\x1b[K" erases the rest of the previous text.
+    std::fprintf(stderr, "\r%s\x1b[K", pText.c_str());
     std::fflush(stderr);
     mShown = true;
 }

@@ -6,8 +6,8 @@
 
 namespace orvasf::tool {
 
-// Shows how far the reading of a long file has come, as one line on standard error that is
-// rewritten in place. Shows nothing at all when standard error is not a terminal, so logs and
+// Shows how far a long task (the reading of a file, a batch) has come, as one line on standard
+// error that is rewritten in place. Shows nothing at all when standard error is not a terminal, so logs and
 // captured output stay clean.
 class ProgressReporter
 {
@@ -19,8 +19,12 @@ public:
     ProgressReporter(const ProgressReporter&) = delete;
     ProgressReporter& operator=(const ProgressReporter&) = delete;
 
+    // True when standard error is a terminal, so that the line is shown.
+    bool IsEnabled() const { return mEnabled; }
     // pDone bytes of pTotal (0 when unknown) have been read.
     void Update(uint64_t pDone, uint64_t pTotal);
+    // Shows pText (one line, without the label) in place of the line shown before.
+    void Show(const std::string& pText);
     // Clears the line; later updates show it again.
     void Finish();
 
