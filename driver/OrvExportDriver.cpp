@@ -27,14 +27,18 @@ OrvExportFrames OrvFramesAt(const OrvImportResult& pImport, double pFramesPerSec
 {
     const OrvExportFrames lOwn = OrvAllFrames(pImport);
     if (pFramesPerSecond <= 0.0) return lOwn;
-    const double lLastTime = (lOwn.mFrameCount - 1) / lOwn.mFramesPerSecond;
-    // A relative tolerance keeps a last time that is a whole number of new frames (120 fps
-    // frames at 30 fps) from losing its frame to rounding.
-    const double lLastFrame = std::floor(lLastTime * pFramesPerSecond * (1.0 + 1e-12));
     OrvExportFrames lFrames = lOwn;
     lFrames.mFramesPerSecond = pFramesPerSecond;
-    lFrames.mFrameCount = static_cast<int>(std::min<double>(lLastFrame + 1.0, std::numeric_limits<int>::max()));
+    lFrames.mFrameCount = OrvResampledFrameCount((lOwn.mFrameCount - 1) / lOwn.mFramesPerSecond, pFramesPerSecond);
     return lFrames;
+}
+
+int OrvResampledFrameCount(double pSpanSeconds, double pFramesPerSecond)
+{
+    // A relative tolerance keeps a span that is a whole number of new frames (120 fps frames at
+    // 30 fps) from losing its last frame to rounding.
+    const double lLastFrame = std::floor(pSpanSeconds * pFramesPerSecond * (1.0 + 1e-12));
+    return static_cast<int>(std::min<double>(lLastFrame + 1.0, std::numeric_limits<int>::max()));
 }
 
 bool OrvWriteSkeleton(const std::string& pPath, orvsdk::OrvAsfScene& pSkeleton,

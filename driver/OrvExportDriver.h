@@ -28,6 +28,11 @@ ORVDRIVER_API OrvExportFrames OrvAllFrames(const OrvImportResult& pImport);
 /// as the curves interpolate). pFramesPerSecond 0 gives OrvAllFrames; otherwise it must be above 0.
 ORVDRIVER_API OrvExportFrames OrvFramesAt(const OrvImportResult& pImport, double pFramesPerSecond);
 
+/// How many frames at pFramesPerSecond (above 0) fit in pSpanSeconds (0 or more) from its start:
+/// frame i at i / pFramesPerSecond, the last one at or before pSpanSeconds, up to INT_MAX. A span
+/// that is a whole number of frames keeps its last frame despite rounding.
+ORVDRIVER_API int OrvResampledFrameCount(double pSpanSeconds, double pFramesPerSecond);
+
 /// Writes pSkeleton (its root must be set) as an ASF file at pPath with the module's writer and
 /// appends the writer's messages to pMessages. The file is replaced only when the whole text was
 /// written. False, with an error message naming the file, when it could not be written.

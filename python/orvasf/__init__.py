@@ -7,6 +7,7 @@ files.
     import orvasf
     motion = orvasf.load("walker.asf", "walker.amc")
     xyz = motion.positions()          # (frames, joints, 3) float64, centimetres
+    xyz30 = motion.positions(fps=30)  # the same motion evaluated at 30 frames per second
 
 A refused file raises ReadError (a ValueError) naming the file and line; the files'
 warnings arrive through the warnings module as ReadWarning, as "FILE:LINE: warning: TEXT".

@@ -98,14 +98,32 @@ orvsdk::OrvTime LoadedScene::TimeOf(int pFrame) const
     return orvsdk::OrvTime::FromFrame(pFrame, mImport.mFramesPerSecond);
 }
 
-void LoadedScene::FillPositions(const FrameSelection& pFrames, double pScale, double* pOut) const
+std::vector<orvsdk::OrvTime> LoadedScene::TimesOf(const FrameSelection& pFrames) const
+{
+    std::vector<orvsdk::OrvTime> lTimes;
+    for (int64_t i = 0; i < pFrames.mCount; ++i) lTimes.push_back(TimeOf(pFrames.FrameAt(i)));
+    return lTimes;
+}
+
+std::vector<orvsdk::OrvTime> LoadedScene::ResampledTimes(const FrameSelection& pFrames, double pFramesPerSecond) const
+{
+    std::vector<orvsdk::OrvTime> lTimes;
+    if (pFrames.mCount == 0) return lTimes;
+    const double lFirst = pFrames.FrameAt(0) / mImport.mFramesPerSecond;
+    const double lSpan = (pFrames.FrameAt(pFrames.mCount - 1) - pFrames.FrameAt(0)) / mImport.mFramesPerSecond;
+    const int lCount = OrvResampledFrameCount(lSpan, pFramesPerSecond);
+    for (int i = 0; i < lCount; ++i) lTimes.push_back(orvsdk::OrvTime::FromFrame(lFirst * pFramesPerSecond + i, pFramesPerSecond));
+    return lTimes;
+}
+
+void LoadedScene::FillPositions(const std::vector<orvsdk::OrvTime>& pTimes, double pScale, double* pOut) const
 {
     std::vector<orvsdk::OrvAMatrix> lScratch(static_cast<size_t>(GetJointCount()));
     const size_t lStride = 3 * lScratch.size();
-    for (int64_t i = 0; i < pFrames.mCount; ++i)
+    for (size_t i = 0; i < pTimes.size(); ++i)
     {
-        double* lFrame = pOut + lStride * static_cast<size_t>(i);
-        mPose->EvaluatePositions(TimeOf(pFrames.FrameAt(i)), lScratch.data(), lFrame);
+        double* lFrame = pOut + lStride * i;
+        mPose->EvaluatePositions(pTimes[i], lScratch.data(), lFrame);
         if (pScale != 1.0)
             for (size_t k = 0; k < lStride; ++k) lFrame[k] *= pScale;
     }

@@ -49,9 +49,16 @@ public:
     int64_t GetFrameCount() const;
     double GetFramesPerSecond() const { return mImport.mFramesPerSecond; }
 
+    // The time of each selected frame.
+    std::vector<orvsdk::OrvTime> TimesOf(const FrameSelection& pFrames) const;
+    // Times from the first selected frame's to the last one's at pFramesPerSecond (above 0):
+    // time i is i / pFramesPerSecond after the first, so frames between keys are interpolated
+    // as the curves interpolate.
+    std::vector<orvsdk::OrvTime> ResampledTimes(const FrameSelection& pFrames, double pFramesPerSecond) const;
+
     // Each fill writes the selected frames one after the other, joints in the evaluator's order.
-    // World positions, 3 per joint, multiplied by pScale (1 gives centimetres).
-    void FillPositions(const FrameSelection& pFrames, double pScale, double* pOut) const;
+    // World positions at pTimes, 3 per joint, multiplied by pScale (1 gives centimetres).
+    void FillPositions(const std::vector<orvsdk::OrvTime>& pTimes, double pScale, double* pOut) const;
     // Global transforms, 16 per joint (4 x 4, row-major, translation in the last column, cm).
     void FillGlobalTransforms(const FrameSelection& pFrames, double* pOut) const;
     // Rotation part of each joint's local transform (pre-rotation and post-rotation included),

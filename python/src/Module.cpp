@@ -183,11 +183,15 @@ public:
         });
     }
 
-    py::array_t<double> Positions(const std::string& pUnit) const
+    py::array_t<double> Positions(const std::string& pUnit, std::optional<double> pFps) const
     {
         const double lScale = CentimetresTo(pUnit);
-        return FilledArray({mFrames.mCount, mScene->GetJointCount(), 3},
-                           [&](double* pOut) { mScene->FillPositions(mFrames, lScale, pOut); });
+        if (pFps && (!(*pFps > 0.0) || !std::isfinite(*pFps)))
+            throw py::value_error("fps must be a finite number above 0");
+        const std::vector<orvsdk::OrvTime> lTimes =
+            pFps ? mScene->ResampledTimes(mFrames, *pFps) : mScene->TimesOf(mFrames);
+        return FilledArray({static_cast<py::ssize_t>(lTimes.size()), mScene->GetJointCount(), 3},
+                           [&](double* pOut) { mScene->FillPositions(lTimes, lScale, pOut); });
     }
 
     py::array_t<double> GlobalTransforms() const
@@ -367,9 +371,11 @@ PYBIND11_MODULE(_orvasf, pModule)
         .def_property_readonly("frame_count", &Motion::GetFrameCount, "Number of frames.")
         .def_property_readonly("times", &Motion::GetTimes, "float64 array: each frame's time in seconds.")
         .def_property_readonly("skeleton", &Motion::GetSkeleton, "The Skeleton the motion moves.")
-        .def("positions", &Motion::Positions, py::arg("unit") = "cm",
+        .def("positions", &Motion::Positions, py::arg("unit") = "cm", py::arg("fps") = py::none(),
              "World position of every joint at every frame: float64 array (frames, joints, 3).\n"
-             "unit: \"cm\" (default), \"mm\", \"m\" or \"in\".")
+             "unit: \"cm\" (default), \"mm\", \"m\" or \"in\".\n"
+             "fps: evaluate at this frame rate instead, from the first frame's time to the last one's\n"
+             "(frames between keys interpolated as the curves interpolate, as batch --resample does).")
         .def("global_transforms", &Motion::GlobalTransforms,
              "World transform of every joint at every frame: float64 array (frames, joints, 4, 4), "
              "column vectors, translation in centimetres in the last column.")

@@ -11,6 +11,7 @@ import subprocess
 import numpy as np
 import pytest
 
+import orvasf
 from conftest import DATA_DIR, SAMPLE_AMC, SAMPLE_ASF, TOOL, shared_pair
 
 
@@ -106,3 +107,23 @@ def test_on_a_terminal_one_progress_line_counts_files_and_failures(tmp_path):
     plain = subprocess.run([TOOL, "batch", str(tmp_path / "in"), "-o", str(tmp_path / "plain"), "--to", "bvh"],
                            capture_output=True, text=True).stderr
     assert "\r" not in plain and "[2/2] " in plain
+
+
+def test_positions_at_another_frame_rate_match_the_resampled_batch(tmp_path):
+    motion = orvasf.load(SAMPLE_ASF, SAMPLE_AMC)
+    own = motion.positions()
+    # 120 to 30 fps: the same times as every fourth frame.
+    assert np.array_equal(motion.positions(fps=30), own[::4])
+    # 120 to 50 fps: the root moves by its translation alone, linear between keys, so NumPy's
+    # interpolation of the original frames gives it (to the curves' float32 keys).
+    at50 = motion.positions(fps=50)
+    assert at50.shape == (100, own.shape[1], 3)
+    times = np.arange(100) / 50
+    for axis in range(3):
+        assert np.abs(at50[:, 0, axis] - np.interp(times, motion.times, own[:, 0, axis])).max() < 1e-5
+    array, _, _ = batch_npy(tmp_path, SAMPLE_ASF, SAMPLE_AMC, "--resample", "50")
+    assert np.abs(array - at50 / 100).max() <= 1e-6
+    # A view resamples from its own first frame to its last.
+    assert np.array_equal(motion[8:].positions(fps=30)[0], own[8])
+    with pytest.raises(ValueError):
+        motion.positions(fps=0)
