@@ -190,6 +190,14 @@ public:
                            [&](double* pOut) { mScene->FillPositions(mFrames, lScale, pOut); });
     }
 
+    py::tuple Channels() const
+    {
+        const std::vector<std::string> lNames = mScene->GetChannelNames();
+        py::array_t<double> lValues = FilledArray({mFrames.mCount, static_cast<py::ssize_t>(lNames.size())},
+                                                  [&](double* pOut) { mScene->FillChannels(mFrames, pOut); });
+        return py::make_tuple(py::cast(lNames), lValues);
+    }
+
     py::array_t<double> GlobalTransforms() const
     {
         return FilledArray({mFrames.mCount, mScene->GetJointCount(), 4, 4},
@@ -271,7 +279,7 @@ private:
 
 // The import of pRun, run without the GIL, as (Motion or None, messages).
 template <typename TRun>
-py::tuple Import(const std::string& pSkeletonPath, TRun pRun)
+py::tuple Import(const std::string& pSkeletonPath, const std::string& pMotionPath, TRun pRun)
 {
     OrvImportResult lImport;
     {
@@ -280,7 +288,7 @@ py::tuple Import(const std::string& pSkeletonPath, TRun pRun)
     }
     py::list lMessages = MessageList(lImport.mMessages);
     if (!lImport.mSucceeded) return py::make_tuple(py::none(), lMessages);
-    auto lScene = std::make_shared<const LoadedScene>(std::move(lImport), pSkeletonPath);
+    auto lScene = std::make_shared<const LoadedScene>(std::move(lImport), pSkeletonPath, pMotionPath);
     const FrameSelection lAll{0, 1, lScene->GetFrameCount()};
     return py::make_tuple(Motion(std::move(lScene), lAll), lMessages);
 }
@@ -309,14 +317,14 @@ py::tuple ImportAsf(const std::string& pAsf, const std::string& pAmc, double pFp
     lSettings.mReduceKeys = pReduceKeys;
     lSettings.mTakeName = pTake;
     lSettings.mThreads = pThreads;
-    return Import(pAsf, [&] { return OrvImportAsf(pAsf, pAmc, lSettings); });
+    return Import(pAsf, pAmc, [&] { return OrvImportAsf(pAsf, pAmc, lSettings); });
 }
 
 py::tuple ImportBvh(const std::string& pPath, const std::string& pTake)
 {
     OrvImportSettings lSettings;
     lSettings.mTakeName = pTake;
-    return Import(std::string(), [&] { return OrvImportBvh(pPath, lSettings); });
+    return Import(std::string(), std::string(), [&] { return OrvImportBvh(pPath, lSettings); });
 }
 
 } // namespace
@@ -370,6 +378,11 @@ PYBIND11_MODULE(_orvasf, pModule)
         .def("positions", &Motion::Positions, py::arg("unit") = "cm",
              "World position of every joint at every frame: float64 array (frames, joints, 3).\n"
              "unit: \"cm\" (default), \"mm\", \"m\" or \"in\".")
+        .def("channels", &Motion::Channels,
+             "(names, values): the motion's channels as its file writes them. names lists \"bone.dof\" "
+             "for every DOF of every bone of an AMC motion (skeleton order; values as written, before any "
+             "unit conversion; NaN where a frame or a bone line is missing) or \"joint.Xrotation\" and "
+             "the like for a BVH file; values is a float64 array (frames x channels).")
         .def("global_transforms", &Motion::GlobalTransforms,
              "World transform of every joint at every frame: float64 array (frames, joints, 4, 4), "
              "column vectors, translation in centimetres in the last column.")
