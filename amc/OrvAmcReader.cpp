@@ -494,6 +494,9 @@ bool OrvAmcReader::HandleBoneLine(std::string_view pName, std::string_view pRest
                                         " values, the line holds " + std::to_string(lCount));
         return false;
     }
+    if (pSettings.mBoneLine)
+        pSettings.mBoneLine(static_cast<int64_t>(mFrameNumber) - static_cast<int64_t>(mResult.mFirstFrame), *lBone,
+                            lValues, lCount);
     if (mPipeline)
         mPipeline->Add(*lBone, lSlot.mShare, mFrameTime, lValues, lCount);
     else if (pSettings.mSampleValues)

@@ -44,6 +44,12 @@ struct OrvAmcReadSettings
     int mThreads = 1;
     /// Called now and then with the bytes consumed so far and the file size (0 when unknown).
     std::function<void(uint64_t pDone, uint64_t pTotal)> mProgress;
+    /// Called, when set, for every line of a known bone once its values are checked: the index
+    /// of its frame (frame number minus the first frame's), the bone, and the pCount values as the
+    /// file writes them (before any unit conversion; under ":FORCE-ALL-JOINTS-BE-3DOF" the
+    /// ignored ones included).
+    std::function<void(int64_t pFrameIndex, const orvsdk::OrvAsfNode& pBone, const double* pValues, int pCount)>
+        mBoneLine;
 };
 
 /// Summary of one read.

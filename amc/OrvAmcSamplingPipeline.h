@@ -35,8 +35,8 @@ struct OrvAmcSampleFactors
 class ORVAMC_API OrvAmcSamplingPipeline
 {
 public:
-    /// Lines per block before it is handed over: about a tenth of a millisecond of sampling work
-    /// per worker, large enough that waking the workers costs little.
+    /// Lines per block before it is handed over: some tenths of a millisecond of sampling work per
+    /// worker, large enough that waking the workers costs little.
     static constexpr size_t kBlockLines = 4096;
 
     /// Starts pWorkers threads (at least 1); a line of share s goes to worker s % pWorkers.

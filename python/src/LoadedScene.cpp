@@ -1,5 +1,9 @@
 #include "python/src/LoadedScene.h"
 
+#include "amc/OrvAmcReader.h"
+#include "orvsdk/asf/OrvFileAcclaimAsf.h"
+#include "orvsdk/host/anim/OrvAnimCurve.h"
+#include "orvsdk/host/anim/OrvAnimCurveNode.h"
 #include "orvsdk/host/anim/OrvAnimStack.h"
 #include "orvsdk/host/math/OrvEuler.h"
 #include "orvsdk/host/scene/OrvNode.h"
@@ -7,6 +11,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <stdexcept>
+#include <unordered_map>
 #include <vector>
 
 namespace orvasf::python {
@@ -77,13 +83,99 @@ void EulerOf(const orvsdk::OrvAMatrix& pRotation, int pOrder, double* pOut)
 
 } // namespace
 
-LoadedScene::LoadedScene(OrvImportResult&& pImport, std::string pSkeletonPath)
-    : mImport(std::move(pImport)), mSkeletonPath(std::move(pSkeletonPath))
+LoadedScene::LoadedScene(OrvImportResult&& pImport, std::string pSkeletonPath, std::string pMotionPath)
+    : mImport(std::move(pImport)), mSkeletonPath(std::move(pSkeletonPath)), mMotionPath(std::move(pMotionPath))
 {
     mPose = std::make_unique<orvsdk::OrvPoseEvaluator>(mImport.mRoot, mImport.mTake);
     // A stack without layers drives no channel, so its evaluator gives the static values.
     orvsdk::OrvAnimStack* lRestStack = orvsdk::OrvAnimStack::Create(mImport.mScene.get(), "orvasf rest pose");
     mRest = std::make_unique<orvsdk::OrvPoseEvaluator>(mImport.mRoot, lRestStack);
+}
+
+namespace {
+
+const char* const kBvhChannelNames[2][3] = {{"Xposition", "Yposition", "Zposition"},
+                                            {"Xrotation", "Yrotation", "Zrotation"}};
+
+// Calls pVisit(bone) for every bone of pSkeleton in pre-order.
+template <typename TVisit>
+void ForEachBone(const orvsdk::OrvAsfScene& pSkeleton, TVisit pVisit)
+{
+    pSkeleton.mRoot->VisitPreOrder([&](const orvsdk::OrvAsfNode* pBone) {
+        pVisit(*pBone);
+        return false;
+    });
+}
+
+// The curve driving channel pAxis of pNode's translation (pKind 0) or rotation (pKind 1) in
+// pStack; null when none has keys.
+const orvsdk::OrvAnimCurve* ChannelCurve(orvsdk::OrvNode& pNode, int pKind, int pAxis, orvsdk::OrvAnimStack* pStack)
+{
+    orvsdk::OrvProperty& lProperty = pKind == 0 ? pNode.LclTranslation : pNode.LclRotation;
+    orvsdk::OrvAnimCurveNode* lCurveNode = lProperty.GetCurveNode(pStack, false);
+    const orvsdk::OrvAnimCurve* lCurve = lCurveNode ? lCurveNode->GetCurve(static_cast<unsigned>(pAxis)) : nullptr;
+    return lCurve && lCurve->KeyGetCount() > 0 ? lCurve : nullptr;
+}
+
+} // namespace
+
+std::vector<std::string> LoadedScene::GetChannelNames() const
+{
+    std::vector<std::string> lNames;
+    if (mImport.mSkeleton)
+    {
+        if (mMotionPath.empty()) return lNames;
+        ForEachBone(*mImport.mSkeleton, [&](const orvsdk::OrvAsfNode& pBone) {
+            for (int i = 0; i < pBone.mDofCount; ++i)
+                lNames.push_back(std::string(pBone.mName) + "." +
+                                 orvsdk::OrvFileAcclaimAsf::smDof[pBone.mDof[i]].keyword);
+        });
+        return lNames;
+    }
+    for (orvsdk::OrvNode* lNode : mPose->GetNodes())
+        for (int lKind = 0; lKind < 2; ++lKind)
+            for (int lAxis = 0; lAxis < 3; ++lAxis)
+                if (ChannelCurve(*lNode, lKind, lAxis, mImport.mTake))
+                    lNames.push_back(std::string(lNode->GetName()) + "." + kBvhChannelNames[lKind][lAxis]);
+    return lNames;
+}
+
+void LoadedScene::FillChannels(const FrameSelection& pFrames, double* pOut) const
+{
+    const size_t lWidth = GetChannelNames().size();
+    std::fill(pOut, pOut + lWidth * static_cast<size_t>(pFrames.mCount), std::nan(""));
+    if (!mImport.mSkeleton)
+    {
+        size_t lColumn = 0;
+        for (orvsdk::OrvNode* lNode : mPose->GetNodes())
+            for (int lKind = 0; lKind < 2; ++lKind)
+                for (int lAxis = 0; lAxis < 3; ++lAxis)
+                    if (const orvsdk::OrvAnimCurve* lCurve = ChannelCurve(*lNode, lKind, lAxis, mImport.mTake))
+                    {
+                        for (int64_t i = 0; i < pFrames.mCount; ++i)
+                            pOut[static_cast<size_t>(i) * lWidth + lColumn] = lCurve->Evaluate(TimeOf(pFrames.FrameAt(i)));
+                        ++lColumn;
+                    }
+        return;
+    }
+    if (mMotionPath.empty()) return;
+    std::unordered_map<const orvsdk::OrvAsfNode*, size_t> lFirstColumn;
+    size_t lColumns = 0;
+    ForEachBone(*mImport.mSkeleton, [&](const orvsdk::OrvAsfNode& pBone) {
+        lFirstColumn.emplace(&pBone, lColumns);
+        lColumns += static_cast<size_t>(pBone.mDofCount);
+    });
+    OrvAmcReadSettings lSettings;
+    lSettings.mSampleValues = false;  // the skeleton is only read: its curves are long handed over
+    lSettings.mBoneLine = [&](int64_t pFrameIndex, const orvsdk::OrvAsfNode& pBone, const double* pValues, int pCount) {
+        const int64_t lOffset = pFrameIndex - pFrames.mFirst;
+        if (lOffset < 0 || lOffset % pFrames.mStep != 0 || lOffset / pFrames.mStep >= pFrames.mCount) return;
+        double* lRow = pOut + static_cast<size_t>(lOffset / pFrames.mStep) * lWidth + lFirstColumn.at(&pBone);
+        std::copy_n(pValues, std::min(pCount, pBone.mDofCount), lRow);
+    };
+    OrvAmcReader lReader;
+    const OrvAmcReadResult lResult = lReader.Read(mMotionPath.c_str(), *mImport.mSkeleton, lSettings);
+    if (!lResult.mSucceeded) throw std::runtime_error("cannot read " + mMotionPath + " again");
 }
 
 int64_t LoadedScene::GetFrameCount() const

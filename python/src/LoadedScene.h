@@ -9,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace orvasf::python {
 
@@ -36,9 +37,10 @@ enum class RotationKind
 class LoadedScene
 {
 public:
-    // Takes over pImport, which must have succeeded; pSkeletonPath is the ASF file it was read
-    // from (empty for BVH). Costs the number of nodes and curves.
-    LoadedScene(OrvImportResult&& pImport, std::string pSkeletonPath);
+    // Takes over pImport, which must have succeeded; pSkeletonPath and pMotionPath are the ASF and
+    // AMC files it was read from (both empty for BVH; the AMC empty without a motion). Costs the
+    // number of nodes and curves.
+    LoadedScene(OrvImportResult&& pImport, std::string pSkeletonPath, std::string pMotionPath);
 
     const OrvImportResult& GetImport() const { return mImport; }
     const std::string& GetSkeletonPath() const { return mSkeletonPath; }
@@ -64,6 +66,15 @@ public:
     // Rotation part of each joint's local transform (pre-rotation and post-rotation included),
     // 3, 4 or 9 values per joint as pKind says.
     void FillLocalRotations(const FrameSelection& pFrames, RotationKind pKind, double* pOut) const;
+    // The motion's channels as its file writes them: for an AMC motion "bone.dof" for every DOF of
+    // every bone in the skeleton's order (the root's "order" list for the root), for BVH
+    // "joint.Xposition" ... "joint.Zrotation" for every channel that has a curve.
+    std::vector<std::string> GetChannelNames() const;
+    // The selected frames' channel values, GetChannelNames().size() per frame: an AMC motion's
+    // values as written (its file read again, the skeleton's units not applied; NaN where a frame
+    // or a bone line is missing), a BVH file's values as its curves hold them (floats). Throws
+    // std::runtime_error when the AMC file can no longer be read.
+    void FillChannels(const FrameSelection& pFrames, double* pOut) const;
     // Each joint's rest position minus its parent's, world axes, cm; the root's rest position.
     void FillRestOffsets(double* pOut) const;
     // Rotation order of each joint, as axis letters in the order they apply ("XYZ").
@@ -84,6 +95,7 @@ private:
 
     OrvImportResult mImport;
     std::string mSkeletonPath;
+    std::string mMotionPath;
     std::unique_ptr<orvsdk::OrvPoseEvaluator> mPose;  // the take's curves
     std::unique_ptr<orvsdk::OrvPoseEvaluator> mRest;  // an empty stack: every node's static values
     mutable std::mutex mWriting;  // the writers walk the scene's current stack, one at a time

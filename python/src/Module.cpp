@@ -194,6 +194,14 @@ public:
                            [&](double* pOut) { mScene->FillPositions(lTimes, lScale, pOut); });
     }
 
+    py::tuple Channels() const
+    {
+        const std::vector<std::string> lNames = mScene->GetChannelNames();
+        py::array_t<double> lValues = FilledArray({mFrames.mCount, static_cast<py::ssize_t>(lNames.size())},
+                                                  [&](double* pOut) { mScene->FillChannels(mFrames, pOut); });
+        return py::make_tuple(py::cast(lNames), lValues);
+    }
+
     py::array_t<double> GlobalTransforms() const
     {
         return FilledArray({mFrames.mCount, mScene->GetJointCount(), 4, 4},
@@ -275,7 +283,7 @@ private:
 
 // The import of pRun, run without the GIL, as (Motion or None, messages).
 template <typename TRun>
-py::tuple Import(const std::string& pSkeletonPath, TRun pRun)
+py::tuple Import(const std::string& pSkeletonPath, const std::string& pMotionPath, TRun pRun)
 {
     OrvImportResult lImport;
     {
@@ -284,7 +292,7 @@ py::tuple Import(const std::string& pSkeletonPath, TRun pRun)
     }
     py::list lMessages = MessageList(lImport.mMessages);
     if (!lImport.mSucceeded) return py::make_tuple(py::none(), lMessages);
-    auto lScene = std::make_shared<const LoadedScene>(std::move(lImport), pSkeletonPath);
+    auto lScene = std::make_shared<const LoadedScene>(std::move(lImport), pSkeletonPath, pMotionPath);
     const FrameSelection lAll{0, 1, lScene->GetFrameCount()};
     return py::make_tuple(Motion(std::move(lScene), lAll), lMessages);
 }
@@ -313,14 +321,14 @@ py::tuple ImportAsf(const std::string& pAsf, const std::string& pAmc, double pFp
     lSettings.mReduceKeys = pReduceKeys;
     lSettings.mTakeName = pTake;
     lSettings.mThreads = pThreads;
-    return Import(pAsf, [&] { return OrvImportAsf(pAsf, pAmc, lSettings); });
+    return Import(pAsf, pAmc, [&] { return OrvImportAsf(pAsf, pAmc, lSettings); });
 }
 
 py::tuple ImportBvh(const std::string& pPath, const std::string& pTake)
 {
     OrvImportSettings lSettings;
     lSettings.mTakeName = pTake;
-    return Import(std::string(), [&] { return OrvImportBvh(pPath, lSettings); });
+    return Import(std::string(), std::string(), [&] { return OrvImportBvh(pPath, lSettings); });
 }
 
 } // namespace
@@ -376,6 +384,11 @@ PYBIND11_MODULE(_orvasf, pModule)
              "unit: \"cm\" (default), \"mm\", \"m\" or \"in\".\n"
              "fps: evaluate at this frame rate instead, from the first frame's time to the last one's\n"
              "(frames between keys interpolated as the curves interpolate, as batch --resample does).")
+        .def("channels", &Motion::Channels,
+             "(names, values): the motion's channels as its file writes them. names lists \"bone.dof\" "
+             "for every DOF of every bone of an AMC motion (skeleton order; values as written, before any "
+             "unit conversion; NaN where a frame or a bone line is missing) or \"joint.Xrotation\" and "
+             "the like for a BVH file; values is a float64 array (frames x channels).")
         .def("global_transforms", &Motion::GlobalTransforms,
              "World transform of every joint at every frame: float64 array (frames, joints, 4, 4), "
              "column vectors, translation in centimetres in the last column.")

@@ -278,3 +278,62 @@ def test_threads_read_side_by_side_with_the_results_of_one_thread(tmp_path):
     with concurrent.futures.ThreadPoolExecutor(4) as pool:
         results = list(pool.map(lambda _: orvasf.load(SAMPLE_ASF, SAMPLE_AMC).positions(), range(8)))
     assert all(np.array_equal(result, expected) for result in results)
+
+
+# --- Raw channels, against the file texts read here ------------------------------------------------
+
+
+def amc_lines(path):
+    """frame index -> {bone: values} of an AMC text, frames counted from the first frame number."""
+    frames, first = {}, None
+    for line in pathlib.Path(path).read_text(encoding="latin-1").splitlines():
+        words = line.split()
+        if not words or words[0].startswith(("#", ":")):
+            continue
+        if words[0].isdigit():
+            first = int(words[0]) if first is None else first
+            current = frames.setdefault(int(words[0]) - first, {})
+        else:
+            current[words[0]] = [float(v) for v in words[1:]]
+    return frames
+
+
+def test_amc_channels_are_the_values_the_file_writes_in_the_skeletons_dof_order(walk):
+    names, values = walk.channels()
+    assert names[:6] == ["root.tx", "root.ty", "root.tz", "root.rx", "root.ry", "root.rz"]
+    assert values.shape == (walk.frame_count, len(names))
+    expected = np.full(values.shape, np.nan)
+    for index, bones in amc_lines(SAMPLE_AMC).items():
+        for column, name in enumerate(names):
+            bone, dof = name.split(".")
+            if bone in bones:
+                expected[index, column] = bones[bone][walk.skeleton.dofs[bone].index(dof)]
+    np.testing.assert_array_equal(values, expected)
+    # A slice reads the frames it names.
+    part_names, part = walk[10:40:3].channels()
+    assert part_names == names
+    np.testing.assert_array_equal(part, values[10:40:3])
+
+
+@needs_shared_data
+def test_bvh_channels_are_the_files_motion_values_as_floats():
+    from conftest import shared_bvh
+    path = shared_bvh("cgspeed_01_01")
+    with warnings.catch_warnings():
+        warnings.simplefilter("ignore", orvasf.ReadWarning)
+        motion = orvasf.read_bvh(path)
+    names, values = motion.channels()
+    # The file's own channel list, read here: joint and channel per column of its MOTION lines.
+    text = path.read_text(encoding="latin-1").split("MOTION")
+    columns, joint = [], None
+    for line in text[0].splitlines():
+        words = line.split()
+        if words[:1] in (["ROOT"], ["JOINT"]):
+            joint = words[1]
+        elif words[:1] == ["CHANNELS"]:
+            columns += [f"{joint}.{channel}" for channel in words[2:]]
+    rows = [line.split() for line in text[1].splitlines()[3:] if line.strip()]
+    data = np.array(rows[:motion.frame_count], dtype=float).astype(np.float32).astype(float)
+    assert sorted(names) == sorted(columns)
+    for column, name in enumerate(names):
+        np.testing.assert_array_equal(values[:, column], data[:, columns.index(name)], err_msg=name)
