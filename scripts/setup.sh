@@ -14,6 +14,8 @@ packages+=(doxygen pkgconf)
 # The orvasf Python package (python/) is built with pybind11 against Debian's Python and NumPy;
 # pytest runs its tests.
 packages+=(python3-dev python3-numpy pybind11-dev python3-pytest)
+# xmllint (libxml2-utils) checks that the SVG pictures of render and plot are well-formed XML.
+packages+=(libxml2-utils)
 # script (bsdutils) runs orvasf batch on a pseudo-terminal to check its progress line.
 packages+=(bsdutils)
 # tinygltf reads and writes glTF files; node and npm run the glTF checks of the Khronos validator

@@ -3,6 +3,11 @@
 #include "tools/orvasf/MessagePrinter.h"
 #include "tools/orvasf/ProgressReporter.h"
 
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <limits>
+
 namespace orvasf::tool {
 
 OrvImportResult ImportFiles(const ImportOptions& pOptions, InputFormat pFormat)
@@ -16,6 +21,45 @@ OrvImportResult ImportFiles(const ImportOptions& pOptions, InputFormat pFormat)
     lProgress.Finish();
     PrintMessages(lResult.mMessages);
     return lResult;
+}
+
+std::optional<InputFormat> InputFormatOf(const std::string& pPath)
+{
+    std::string lExtension = std::filesystem::path(pPath).extension().string();
+    std::transform(lExtension.begin(), lExtension.end(), lExtension.begin(),
+                   [](unsigned char pChar) { return static_cast<char>(std::tolower(pChar)); });
+    if (lExtension == ".asf") return InputFormat::eAsf;
+    if (lExtension == ".bvh") return InputFormat::eBvh;
+    if (lExtension == ".glb" || lExtension == ".gltf") return InputFormat::eGltf;
+    return std::nullopt;
+}
+
+std::optional<InputFormat> CheckedInputFormat(const ImportOptions& pOptions, const char* pCommand)
+{
+    const std::optional<InputFormat> lFormat = InputFormatOf(pOptions.mAsfPath);
+    if (!lFormat)
+        PrintToolError(std::string(pCommand) + " reads .asf, .bvh, .glb or .gltf files, not " + pOptions.mAsfPath);
+    else if (*lFormat != InputFormat::eAsf && !pOptions.mMotionPath.empty())
+        PrintToolError("--motion goes with an ASF input; a BVH or glTF file holds its motion");
+    else
+        return lFormat;
+    return std::nullopt;
+}
+
+std::optional<std::vector<FrameRange>> SelectFrames(const std::string& pList, int64_t pSpan)
+{
+    // Frame indices are ints: a span beyond their range offers its first INT_MAX + 1 frames.
+    const int lLastIndex = static_cast<int>(std::min<int64_t>(pSpan - 1, std::numeric_limits<int>::max()));
+    if (pList.empty()) return pSpan > 0 ? std::vector<FrameRange>{{0, lLastIndex}} : std::vector<FrameRange>();
+    const std::optional<std::vector<FrameRange>> lFrames = ParseFrameList(pList);
+    for (const FrameRange& lRange : lFrames.value())
+    {
+        if (lRange.mLast < pSpan) continue;
+        PrintToolError("frame " + std::to_string(lRange.mLast) + " is outside the motion" +
+                       (pSpan > 0 ? ", whose frames are 0 to " + std::to_string(lLastIndex) : ", which has no frame"));
+        return std::nullopt;
+    }
+    return lFrames;
 }
 
 } // namespace orvasf::tool

@@ -2,7 +2,13 @@
 #define ORVASF_TOOLS_ORVASF_TOOLIMPORT_H
 
 #include "driver/OrvImportDriver.h"
+#include "tools/orvasf/ArgumentValues.h"
 #include "tools/orvasf/CommandOptions.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace orvasf::tool {
 
@@ -17,6 +23,20 @@ enum class InputFormat
 // progress on standard error when it is a terminal, then prints every warning and error on
 // standard error.
 OrvImportResult ImportFiles(const ImportOptions& pOptions, InputFormat pFormat = InputFormat::eAsf);
+
+// The format of an input file by its extension (".asf", ".bvh", ".glb", ".gltf", any case); empty
+// for any other extension.
+std::optional<InputFormat> InputFormatOf(const std::string& pPath);
+
+// The format of pOptions' input file for subcommand pCommand, which reads any of them. Empty,
+// with a usage error printed, for an unknown extension or a motion file given beside a BVH or
+// glTF file.
+std::optional<InputFormat> CheckedInputFormat(const ImportOptions& pOptions, const char* pCommand);
+
+// The frames of pList (a ParseFrameList text) within a motion of pSpan frames, or every frame
+// when pList is empty. Empty result, with "frame N is outside the motion" printed, when a
+// requested frame lies beyond the motion.
+std::optional<std::vector<FrameRange>> SelectFrames(const std::string& pList, int64_t pSpan);
 
 } // namespace orvasf::tool
 

@@ -5,6 +5,8 @@
 #include "tools/orvasf/ConvertCommand.h"
 #include "tools/orvasf/ExitStatus.h"
 #include "tools/orvasf/OutputText.h"
+#include "tools/orvasf/PlotCommand.h"
+#include "tools/orvasf/RenderCommand.h"
 
 #include "orvsdk/OrvVersion.h"
 
@@ -142,6 +144,17 @@ int Run(int pArgc, char** pArgv)
     AddBatchOptions(*lBatchCommand, lBatch);
     AddImportFlags(*lBatchCommand, lBatch.mSettings);
 
+    RenderCommandOptions lRender;
+    CLI::App* lRenderCommand = AddCommand(lApp, "render", "Draw stick figures of chosen frames as an SVG film strip");
+    AddRenderOptions(*lRenderCommand, lRender);
+    lRenderCommand->get_option("--frames")->check(kFrameListValidator);
+    AddImportFlags(*lRenderCommand, lRender.mImport.mSettings);
+
+    PlotCommandOptions lPlot;
+    CLI::App* lPlotCommand = AddCommand(lApp, "plot", "Draw a joint's rotation or translation keys against time as SVG");
+    AddPlotOptions(*lPlotCommand, lPlot);
+    AddImportFlags(*lPlotCommand, lPlot.mImport.mSettings);
+
     try
     {
         lApp.parse(pArgc, pArgv);
@@ -163,6 +176,8 @@ int Run(int pArgc, char** pArgv)
         return RunConvert(lConvert);
     }
     if (lBatchCommand->parsed()) return RunBatch(lBatch);
+    if (lRenderCommand->parsed()) return RunRender(lRender);
+    if (lPlotCommand->parsed()) return RunPlot(lPlot);
     return RunFormat(lFormat);
 }
 
