@@ -125,10 +125,15 @@ void DrawText(SvgWriter& pSvg, double pX, double pY, const char* pAnchor, const 
     pSvg.Begin("text").Attribute("x", pX).Attribute("y", pY).Attribute("text-anchor", pAnchor).Text(pText);
 }
 
-void DrawLine(SvgWriter& pSvg, SvgPoint pFrom, SvgPoint pTo, const char* pColour)
+// Begins a line element, for the caller to add its stroke.
+SvgWriter& BeginLine(SvgWriter& pSvg, SvgPoint pFrom, SvgPoint pTo)
 {
-    pSvg.Begin("line").Attribute("x1", pFrom.mX).Attribute("y1", pFrom.mY).Attribute("x2", pTo.mX).Attribute("y2", pTo.mY);
-    pSvg.Attribute("stroke", pColour).Attribute("stroke-width", 1.0).Leaf();
+    return pSvg.Begin("line").Attribute("x1", pFrom.mX).Attribute("y1", pFrom.mY).Attribute("x2", pTo.mX).Attribute("y2", pTo.mY);
+}
+
+void DrawLine(SvgWriter& pSvg, SvgPoint pFrom, SvgPoint pTo, const char* pColour, double pWidth = 1.0)
+{
+    BeginLine(pSvg, pFrom, pTo).Attribute("stroke", pColour).Attribute("stroke-width", pWidth).Leaf();
 }
 
 // The frame of the plot: its area (with its ranges as data attributes), grid lines, tick labels
@@ -166,13 +171,16 @@ void DrawLegend(SvgWriter& pSvg, const std::string& pStep)
     for (unsigned lChannel = 0; lChannel < 3; ++lChannel)
     {
         const double lY = kAreaTop + 10.0 + lChannel * 20.0;
-        DrawLine(pSvg, {lLeft, lY}, {lLeft + 24.0, lY}, kChannelColours[lChannel]);
+        DrawLine(pSvg, {lLeft, lY}, {lLeft + 24.0, lY}, kChannelColours[lChannel], 2.5);
         DrawText(pSvg, lLeft + 30.0, lY + 4.0, "start", kChannelNames[lChannel]);
     }
     if (!pStep.empty())
     {
-        DrawText(pSvg, lLeft, kAreaTop + 84.0, "start", "dashed: before " + pStep);
-        DrawText(pSvg, lLeft, kAreaTop + 104.0, "start", "solid: after " + pStep);
+        BeginLine(pSvg, {lLeft, kAreaTop + 80.0}, {lLeft + 24.0, kAreaTop + 80.0}).Attribute("stroke", "#000000");
+        pSvg.Attribute("stroke-width", 1.5).Attribute("stroke-dasharray", "6 4").Leaf();
+        DrawLine(pSvg, {lLeft, kAreaTop + 100.0}, {lLeft + 24.0, kAreaTop + 100.0}, "#000000", 1.5);
+        DrawText(pSvg, lLeft + 30.0, kAreaTop + 84.0, "start", "dashed: before " + pStep);
+        DrawText(pSvg, lLeft + 30.0, kAreaTop + 104.0, "start", "solid: after " + pStep);
     }
     pSvg.Close();
 }
@@ -253,9 +261,9 @@ void AddPlotOptions(CLI::App& pCommand, PlotCommandOptions& pOptions)
         ->capture_default_str();
     pCommand
         .add_option("--compare-filter", pOptions.mCompareFilter,
-                    "Import without and with this step and draw both: before dashed, after solid")
+                    "Import without and with this step (the rotation filter or the key reducer) and draw both: before dashed, after solid")
         ->check(CLI::IsMember({"gimbal", "unroll", "reduce"}))
-        ->type_name("gimbal|unroll|reduce");
+        ->type_name("STEP");
     pCommand.add_option("-o,--output", pOptions.mOutputPath, "SVG file to write")->required()->type_name("OUT.svg");
 }
 
