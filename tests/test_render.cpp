@@ -97,6 +97,7 @@ back&<"top' 30 -40 5
 // Prints what the tests read from a picture, one item per line:
 //   J FRAME JOINT CX CY FILL        a joint dot of a figure
 //   P CHANNEL SET DASHED X,Y ...    a polyline of a plot
+//   A RIGHT UP                      the names of a film strip's axes
 //   R X Y WIDTH HEIGHT TMIN TMAX VMIN VMAX   the plot area and its ranges
 const char* const kSvgDump = R"(import sys, xml.etree.ElementTree as ET
 ns = '{http://www.w3.org/2000/svg}'
@@ -107,6 +108,9 @@ for g in root.iter(ns + 'g'):
             print('J', g.get('data-frame'), c.get('data-joint'), c.get('cx'), c.get('cy'), c.get('fill'))
 for p in root.iter(ns + 'polyline'):
     print('P', p.get('data-channel'), p.get('data-set'), 'stroke-dasharray' in p.attrib, p.get('points'))
+for g in root.iter(ns + 'g'):
+    if 'data-axes' in g.attrib:
+        print('A', ' '.join(t.text for t in g.iter(ns + 'text')))
 for r in root.iter(ns + 'rect'):
     if 'data-time-min' in r.attrib:
         print('R', *[r.get(k) for k in ('x', 'y', 'width', 'height', 'data-time-min', 'data-time-max',
@@ -134,11 +138,12 @@ struct Picture
     std::map<std::pair<std::string, std::string>, Dot> mDots;  // by frame and joint
     std::vector<Polyline> mLines;
     std::vector<double> mArea;  // x, y, width, height, time min, max, value min, max
+    std::string mAxisNames;     // a film strip's, "RIGHT UP"
 };
 
 class RenderTest : public ToolTest
 {
-protected:
+  protected:
     void SetUp() override
     {
         ToolTest::SetUp();
@@ -178,6 +183,8 @@ protected:
                     lPolyline.mPoints.emplace_back(std::stod(lPoint), std::stod(lPoint.substr(lPoint.find(',') + 1)));
                 lPicture.mLines.push_back(lPolyline);
             }
+            else if (lKind == "A")
+                std::getline(lFields >> std::ws, lPicture.mAxisNames);
             else
                 for (double lValue = 0.0; lFields >> lValue;) lPicture.mArea.push_back(lValue);
         }
@@ -204,6 +211,7 @@ struct ViewCase
     double mRightSign;
     int mUp;
     double mUpSign;
+    const char* mAxisNames;  // the picture's names of its right and up axes
 };
 
 TEST_F(RenderTest, FiguresShowThePoseCommandsPositionsProjectedByEachViewAtOneScale)
@@ -216,8 +224,9 @@ TEST_F(RenderTest, FiguresShowThePoseCommandsPositionsProjectedByEachViewAtOneSc
         lWorld[{std::to_string(lKey.first), CsvName(lKey.second)}] = lPosition;
     ASSERT_EQ(lWorld.size(), 3u * 8u);
 
-    for (const ViewCase& lCase : {ViewCase{"front", 0, 1.0, 1, 1.0}, ViewCase{"side", 2, 1.0, 1, 1.0},
-                                  ViewCase{"top", 0, 1.0, 2, -1.0}})
+    for (const ViewCase& lCase :
+         {ViewCase{"front", 0, 1.0, 1, 1.0, "X \u2192 Y \u2191"}, ViewCase{"side", 2, 1.0, 1, 1.0, "Z \u2192 Y \u2191"},
+          ViewCase{"top", 0, 1.0, 2, -1.0, "X \u2192 Z \u2193"}})
     {
         SCOPED_TRACE(lCase.mView);
         const ToolRun lRun = Run("render " + Work("tiny.asf") + " --motion " + Work("tiny.amc") + " --view " +
@@ -225,6 +234,7 @@ TEST_F(RenderTest, FiguresShowThePoseCommandsPositionsProjectedByEachViewAtOneSc
         ASSERT_EQ(lRun.mStatus, 0) << lRun.mErr;
         const Picture lPicture = ReadPicture(WorkPath("tiny.svg"));
         ASSERT_EQ(lPicture.mDots.size(), lWorld.size());
+        EXPECT_EQ(lPicture.mAxisNames, lCase.mAxisNames);
         const auto lRight = [&](const std::vector<double>& pAt) { return lCase.mRightSign * pAt[lCase.mRight]; };
         const auto lUp = [&](const std::vector<double>& pAt) { return lCase.mUpSign * pAt[lCase.mUp]; };
 
@@ -256,13 +266,15 @@ TEST_F(RenderTest, FrontAndSideFiguresStandOnOneGround)
     // The ground Y = 0 lies at the same picture height under every figure: a root's picture
     // height plus its world height times the scale is that of the ground.
     const PoseTable lWorld = PoseRows(Run("pose " + Work("tiny.asf") + " " + Work("tiny.amc")).mOut);
-    ASSERT_EQ(Run("render " + Work("tiny.asf") + " --motion " + Work("tiny.amc") + " -o " + Work("front.svg")).mStatus, 0);
+    ASSERT_EQ(Run("render " + Work("tiny.asf") + " --motion " + Work("tiny.amc") + " -o " + Work("front.svg")).mStatus,
+              0);
     const Picture lPicture = ReadPicture(WorkPath("front.svg"));
     const double lScale = (lPicture.mDots.at({"0", "ltibia"}).mY - lPicture.mDots.at({"0", "root"}).mY) /
                           -(lWorld.at({0, "ltibia"})[1] - lWorld.at({0, "root"})[1]);
     std::vector<double> lGrounds;
     for (int lFrame = 0; lFrame < 3; ++lFrame)
-        lGrounds.push_back(lPicture.mDots.at({std::to_string(lFrame), "root"}).mY + lScale * lWorld.at({lFrame, "root"})[1]);
+        lGrounds.push_back(lPicture.mDots.at({std::to_string(lFrame), "root"}).mY +
+                           lScale * lWorld.at({lFrame, "root"})[1]);
     EXPECT_NEAR(lGrounds[1], lGrounds[0], 0.02);
     EXPECT_NEAR(lGrounds[2], lGrounds[0], 0.02);
 }
@@ -270,9 +282,13 @@ TEST_F(RenderTest, FrontAndSideFiguresStandOnOneGround)
 TEST_F(RenderTest, DefaultFramesSpreadEightFiguresOverTheMotionOrShowTheRestPose)
 {
     if (!ToolsPresent()) GTEST_SKIP() << "xmllint or python3 is missing";
-    // The sample's 240 frames: 0 to 239 in seven equal steps, rounded.
+    // The sample's 240 frames: 0 to 239 in seven equal steps, rounded; the same from glTF.
+    ASSERT_EQ(
+        Run("convert " + Quoted(kSampleAsf) + " --motion " + Quoted(kSampleAmc) + " -o " + Work("walk.glb")).mStatus,
+        0);
     const std::pair<std::string, std::set<std::string>> lCases[] = {
         {Quoted(kSampleAsf) + " --motion " + Quoted(kSampleAmc), {"0", "34", "68", "102", "137", "171", "205", "239"}},
+        {Work("walk.glb"), {"0", "34", "68", "102", "137", "171", "205", "239"}},
         {Work("tiny.asf") + " --motion " + Work("tiny.amc"), {"0", "1", "2"}},
         {Work("tiny.asf"), {"rest"}},
         {Quoted(kSampleAsf) + " --motion " + Quoted(kSampleAmc) + " --frames 5,7-8", {"5", "7", "8"}},
@@ -289,8 +305,8 @@ TEST_F(RenderTest, DefaultFramesSpreadEightFiguresOverTheMotionOrShowTheRestPose
 TEST_F(RenderTest, BvhJointNamesGiveTheSides)
 {
     if (!ToolsPresent()) GTEST_SKIP() << "xmllint or python3 is missing";
-    WriteFile(WorkPath("sides.bvh"), Replace(Replace(bvhtest::kSmallBvh, "JOINT Leg", "JOINT LeftUpLeg"), "JOINT Chest",
-                                             "JOINT RightArm"));
+    WriteFile(WorkPath("sides.bvh"),
+              Replace(Replace(bvhtest::kSmallBvh, "JOINT Leg", "JOINT LeftUpLeg"), "JOINT Chest", "JOINT RightArm"));
     const ToolRun lRun = Run("render " + Work("sides.bvh") + " --frames 1 --view side -o " + Work("sides.svg"));
     ASSERT_EQ(lRun.mStatus, 0) << lRun.mErr;
     const Picture lPicture = ReadPicture(WorkPath("sides.svg"));
@@ -300,7 +316,8 @@ TEST_F(RenderTest, BvhJointNamesGiveTheSides)
 }
 
 // The key values of a plot's polylines, read back through the plot area's ranges.
-std::map<std::string, std::vector<std::pair<double, double>>> PlottedKeys(const Picture& pPicture, const std::string& pSet)
+std::map<std::string, std::vector<std::pair<double, double>>> PlottedKeys(const Picture& pPicture,
+                                                                          const std::string& pSet)
 {
     std::map<std::string, std::vector<std::pair<double, double>>> lKeys;
     const std::vector<double>& lArea = pPicture.mArea;
@@ -327,7 +344,9 @@ TEST_F(RenderTest, PlotPointsMapBackToTheMotionFilesChannelValues)
         }
     ASSERT_EQ(lAmc.size(), 240u);
     ASSERT_EQ(Run("plot " + Quoted(kSampleAsf) + " --motion " + Quoted(kSampleAmc) + " --joint lowerback -o " +
-                  Work("plot.svg")).mStatus, 0);
+                  Work("plot.svg"))
+                  .mStatus,
+              0);
     const Picture lPicture = ReadPicture(WorkPath("plot.svg"));
     ASSERT_EQ(lPicture.mArea.size(), 8u);
     const double lValueTolerance = 0.01 * (lPicture.mArea[7] - lPicture.mArea[6]) / lPicture.mArea[3];
@@ -412,14 +431,16 @@ TEST_F(RenderTest, BadInputsExitWithTheToolsStatusesAndLeaveNoPicture)
          "orvasf: error: no joint \"nose\" in " + kSampleAsf + "; its joints are: root, lhipjoint, lfemur, ltibia,"},
         {"plot " + lPair + " --joint lfemur --channels scaling" + lOut, 2, "--channels"},
         {"plot " + Quoted(kSampleAsf) + " --joint lfemur" + lOut, 2, "give an ASF input its --motion"},
-        {"plot " + Work("small.bvh") + " --joint Chest --compare-filter gimbal" + lOut, 2, "--compare-filter goes with"},
+        {"plot " + Work("small.bvh") + " --joint Chest --compare-filter gimbal" + lOut, 2,
+         "--compare-filter goes with"},
         {"plot " + lPair + lOut, 2, "--joint is required"},
         {"render " + lPair + " --frames 240" + lOut, 2, "frame 240 is outside the motion, whose frames are 0 to 239"},
         {"render " + lPair + " --frames 3-1" + lOut, 2, "not a frame list"},
         {"render " + lPair + " --frames 0-64" + lOut, 2, "render draws at most 64 frames; --frames asks for 65"},
         {"render " + Quoted(kSampleAsf) + " --frames 0" + lOut, 2, "which has no frame"},
         {"render " + lPair + " --view back" + lOut, 2, "--view"},
-        {"render " + Work("small.bvh") + " --motion " + Quoted(kSampleAmc) + lOut, 2, "--motion goes with an ASF input"},
+        {"render " + Work("small.bvh") + " --motion " + Quoted(kSampleAmc) + lOut, 2,
+         "--motion goes with an ASF input"},
         {"render " + Work("figure.fbx") + lOut, 2, "render reads .asf, .bvh, .glb or .gltf files, not "},
         {"render " + Work("missing.asf") + lOut, 1, WorkPath("missing.asf").string() + ": error: "},
         {"plot " + Quoted(kSampleAsf) + " --motion " + Work("missing.amc") + " --joint root" + lOut, 1,

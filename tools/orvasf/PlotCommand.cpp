@@ -74,7 +74,8 @@ orvsdk::OrvNode* FindJoint(orvsdk::OrvNode* pRoot, const std::string& pName)
 std::string JointNames(orvsdk::OrvNode* pRoot)
 {
     std::string lNames;
-    for (orvsdk::OrvNode* lNode : CollectNodes(pRoot)) lNames += (lNames.empty() ? "" : ", ") + std::string(lNode->GetName());
+    for (orvsdk::OrvNode* lNode : CollectNodes(pRoot))
+        lNames += (lNames.empty() ? "" : ", ") + std::string(lNode->GetName());
     return lNames;
 }
 
@@ -87,13 +88,15 @@ void AppendSeries(orvsdk::OrvNode* pJoint, orvsdk::OrvAnimStack* pTake, const st
         if (pProperty != lBinding.mProperty) continue;
         Series lSeries{lBinding.mChannel, pSet, {}};
         for (int i = 0; i < lBinding.mCurve->KeyGetCount(); ++i)
-            lSeries.mKeys.push_back({lBinding.mCurve->KeyGetTime(i).GetSecondDouble(), lBinding.mCurve->KeyGetValue(i)});
+            lSeries.mKeys.push_back(
+                {lBinding.mCurve->KeyGetTime(i).GetSecondDouble(), lBinding.mCurve->KeyGetValue(i)});
         pSeries.push_back(std::move(lSeries));
     }
 }
 
 // The import settings of the run before and after the compared step: the step off, then on.
-std::pair<OrvImportSettings, OrvImportSettings> ComparedSettings(const OrvImportSettings& pSettings, const std::string& pStep)
+std::pair<OrvImportSettings, OrvImportSettings> ComparedSettings(const OrvImportSettings& pSettings,
+                                                                 const std::string& pStep)
 {
     std::pair<OrvImportSettings, OrvImportSettings> lSettings{pSettings, pSettings};
     if (pStep == "reduce")
@@ -103,7 +106,8 @@ std::pair<OrvImportSettings, OrvImportSettings> ComparedSettings(const OrvImport
         return lSettings;
     }
     lSettings.first.mRotationFilter = OrvRotationFilter::eNone;
-    lSettings.second.mRotationFilter = pStep == "gimbal" ? OrvRotationFilter::eGimbalKiller : OrvRotationFilter::eUnroll;
+    lSettings.second.mRotationFilter =
+        pStep == "gimbal" ? OrvRotationFilter::eGimbalKiller : OrvRotationFilter::eUnroll;
     return lSettings;
 }
 
@@ -128,7 +132,11 @@ void DrawText(SvgWriter& pSvg, double pX, double pY, const char* pAnchor, const 
 // Begins a line element, for the caller to add its stroke.
 SvgWriter& BeginLine(SvgWriter& pSvg, SvgPoint pFrom, SvgPoint pTo)
 {
-    return pSvg.Begin("line").Attribute("x1", pFrom.mX).Attribute("y1", pFrom.mY).Attribute("x2", pTo.mX).Attribute("y2", pTo.mY);
+    return pSvg.Begin("line")
+        .Attribute("x1", pFrom.mX)
+        .Attribute("y1", pFrom.mY)
+        .Attribute("x2", pTo.mX)
+        .Attribute("y2", pTo.mY);
 }
 
 void DrawLine(SvgWriter& pSvg, SvgPoint pFrom, SvgPoint pTo, const char* pColour, double pWidth = 1.0)
@@ -161,7 +169,8 @@ void DrawAxes(SvgWriter& pSvg, const Axis& pTime, const Axis& pValue, const std:
     }
     DrawText(pSvg, kAreaLeft + kAreaWidth / 2.0, lBottom + 36.0, "middle", "time (seconds)");
     pSvg.Begin("text").Attribute("x", 0.0).Attribute("y", 0.0).Attribute("text-anchor", "middle");
-    pSvg.Attribute("transform", "translate(18 " + Number(kAreaTop + kAreaHeight / 2.0) + ") rotate(-90)").Text(pValueTitle);
+    pSvg.Attribute("transform", "translate(18 " + Number(kAreaTop + kAreaHeight / 2.0) + ") rotate(-90)")
+        .Text(pValueTitle);
 }
 
 void DrawLegend(SvgWriter& pSvg, const std::string& pStep)
@@ -219,8 +228,12 @@ std::string Plot(const PlotCommandOptions& pOptions, const std::vector<Series>& 
         }
         std::vector<SvgPoint> lPoints;
         for (const SvgPoint& lKey : lSeries.mKeys) lPoints.push_back(ToPicture(lTime, lValue, lKey));
-        lSvg.Begin("polyline").Attribute("data-joint", pOptions.mJoint).Attribute("data-channel", kChannelNames[lSeries.mChannel]);
-        lSvg.Attribute("data-set", lSeries.mSet).Attribute("fill", "none").Attribute("stroke", kChannelColours[lSeries.mChannel]);
+        lSvg.Begin("polyline")
+            .Attribute("data-joint", pOptions.mJoint)
+            .Attribute("data-channel", kChannelNames[lSeries.mChannel]);
+        lSvg.Attribute("data-set", lSeries.mSet)
+            .Attribute("fill", "none")
+            .Attribute("stroke", kChannelColours[lSeries.mChannel]);
         lSvg.Attribute("stroke-width", 1.5);
         if (std::strcmp(lSeries.mSet, "before") == 0) lSvg.Attribute("stroke-dasharray", "6 4");
         lSvg.Points(lPoints).Leaf();
@@ -255,13 +268,17 @@ void AddPlotOptions(CLI::App& pCommand, PlotCommandOptions& pOptions)
 {
     pCommand.add_option("file", pOptions.mImport.mAsfPath, "ASF, BVH, glb or glTF file")->required();
     pCommand.add_option("--motion", pOptions.mImport.mMotionPath, "AMC motion of an ASF input")->type_name("FILE.amc");
-    pCommand.add_option("--joint", pOptions.mJoint, "Joint (host node) whose curves are drawn")->required()->type_name("NAME");
-    pCommand.add_option("--channels", pOptions.mChannels, "Curves to draw: rotation (degrees) or translation (scene units)")
+    pCommand.add_option("--joint", pOptions.mJoint, "Joint (host node) whose curves are drawn")
+        ->required()
+        ->type_name("NAME");
+    pCommand
+        .add_option("--channels", pOptions.mChannels, "Curves to draw: rotation (degrees) or translation (scene units)")
         ->check(CLI::IsMember({"rotation", "translation"}))
         ->capture_default_str();
     pCommand
         .add_option("--compare-filter", pOptions.mCompareFilter,
-                    "Import without and with this step (the rotation filter or the key reducer) and draw both: before dashed, after solid")
+                    "Import without and with this step (the rotation filter or the key reducer) and draw both: before "
+                    "dashed, after solid")
         ->check(CLI::IsMember({"gimbal", "unroll", "reduce"}))
         ->type_name("STEP");
     pCommand.add_option("-o,--output", pOptions.mOutputPath, "SVG file to write")->required()->type_name("OUT.svg");

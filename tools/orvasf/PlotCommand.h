@@ -14,10 +14,10 @@ namespace orvasf::tool {
 // The "plot" subcommand: one joint's animation curves against time, as SVG.
 struct PlotCommandOptions
 {
-    ImportOptions mImport;       // mAsfPath: an ASF, BVH or glTF file; mMotionPath: the AMC of an ASF
-    std::string mJoint;          // the host node's name
+    ImportOptions mImport;               // mAsfPath: an ASF, BVH or glTF file; mMotionPath: the AMC of an ASF
+    std::string mJoint;                  // the host node's name
     std::string mChannels = "rotation";  // "rotation" or "translation"
-    std::string mCompareFilter;  // "gimbal", "unroll" or "reduce": import without and with it; empty: once
+    std::string mCompareFilter;          // "gimbal", "unroll" or "reduce": import without and with it; empty: once
     std::string mOutputPath;
 };
 

@@ -70,7 +70,7 @@ enum class Side
     eRight
 };
 
-const char* const kCmuLimbs[] = {"hipjoint", "femur", "tibia", "foot",   "toes",    "clavicle",
+const char* const kCmuLimbs[] = {"hipjoint", "femur",  "tibia", "foot", "toes",    "clavicle",
                                  "humerus",  "radius", "wrist", "hand", "fingers", "thumb"};
 
 bool StartsWith(const std::string& pText, const char* pPrefix)
@@ -120,7 +120,8 @@ std::optional<std::vector<int>> FramesToDraw(const std::string& pList, int64_t p
         const int64_t lSpan = std::min<int64_t>(pSpan, int64_t{std::numeric_limits<int>::max()} + 1);
         const int64_t lCount = std::min<int64_t>(kDefaultFigureCount, lSpan);
         const double lStep = lCount > 1 ? static_cast<double>(lSpan - 1) / static_cast<double>(lCount - 1) : 0.0;
-        for (int64_t i = 0; i < lCount; ++i) lFrames.push_back(static_cast<int>(std::llround(static_cast<double>(i) * lStep)));
+        for (int64_t i = 0; i < lCount; ++i)
+            lFrames.push_back(static_cast<int>(std::llround(static_cast<double>(i) * lStep)));
         return lFrames;
     }
     const std::optional<std::vector<FrameRange>> lRanges = SelectFrames(pList, pSpan);
@@ -220,7 +221,11 @@ std::string FigureLabel(const Figure& pFigure)
 
 void DrawLine(SvgWriter& pSvg, const SvgPoint& pFrom, const SvgPoint& pTo, const char* pColour, double pWidth)
 {
-    pSvg.Begin("line").Attribute("x1", pFrom.mX).Attribute("y1", pFrom.mY).Attribute("x2", pTo.mX).Attribute("y2", pTo.mY);
+    pSvg.Begin("line")
+        .Attribute("x1", pFrom.mX)
+        .Attribute("y1", pFrom.mY)
+        .Attribute("x2", pTo.mX)
+        .Attribute("y2", pTo.mY);
     pSvg.Attribute("stroke", pColour).Attribute("stroke-width", pWidth).Leaf();
 }
 
@@ -229,7 +234,9 @@ void DrawFigure(SvgWriter& pSvg, const Layout& pLayout, int pIndex, const Figure
 {
     const SvgPoint lAnchor = AnchorOf(pFigure, pView);
     const auto lPlace = [&](const SvgPoint& pPoint) { return Place(pLayout, pIndex, lAnchor, pPoint); };
-    pSvg.Begin("g").Attribute("data-frame", pFigure.mFrame < 0 ? "rest" : std::to_string(pFigure.mFrame)).Attribute("data-seconds", pFigure.mSeconds);
+    pSvg.Begin("g")
+        .Attribute("data-frame", pFigure.mFrame < 0 ? "rest" : std::to_string(pFigure.mFrame))
+        .Attribute("data-seconds", pFigure.mSeconds);
     pSvg.Open();
     const double lGroundY = lPlace(lAnchor).mY;
     const double lCellLeft = (pIndex % kFiguresPerRow) * pLayout.mCellWidth;
@@ -248,7 +255,10 @@ void DrawFigure(SvgWriter& pSvg, const Layout& pLayout, int pIndex, const Figure
         pSvg.Begin("circle").Attribute("cx", lAt.mX).Attribute("cy", lAt.mY).Attribute("r", lNode == 0 ? 5.0 : 2.5);
         pSvg.Attribute("data-joint", pEvaluator.GetNodes()[lNode]->GetName());
         if (lNode == 0)
-            pSvg.Attribute("data-root", "true").Attribute("fill", "none").Attribute("stroke", "#000000").Attribute("stroke-width", 1.5);
+            pSvg.Attribute("data-root", "true")
+                .Attribute("fill", "none")
+                .Attribute("stroke", "#000000")
+                .Attribute("stroke-width", 1.5);
         else
             pSvg.Attribute("fill", ColourOf(pSides[lNode]));
         pSvg.Leaf();
@@ -294,7 +304,8 @@ std::string FilmStrip(const RenderCommandOptions& pOptions, const View& pView, c
 
     std::vector<Side> lSides;
     for (const orvsdk::OrvNode* lNode : pEvaluator.GetNodes()) lSides.push_back(SideOf(lNode->GetName()));
-    for (int i = 0; i < lCount; ++i) DrawFigure(lSvg, lLayout, i, pFigures[static_cast<size_t>(i)], pView, pEvaluator, lSides);
+    for (int i = 0; i < lCount; ++i)
+        DrawFigure(lSvg, lLayout, i, pFigures[static_cast<size_t>(i)], pView, pEvaluator, lSides);
     DrawAxes(lSvg, pView, lFiguresBottom);
     return lSvg.Finish();
 }

@@ -14,8 +14,8 @@ namespace orvasf::tool {
 // The "render" subcommand: a film strip of stick figures as SVG.
 struct RenderCommandOptions
 {
-    ImportOptions mImport;    // mAsfPath: an ASF, BVH or glTF file; mMotionPath: the AMC of an ASF
-    std::string mFrames;      // frame list text; empty: eight frames evenly over the motion
+    ImportOptions mImport;  // mAsfPath: an ASF, BVH or glTF file; mMotionPath: the AMC of an ASF
+    std::string mFrames;    // frame list text; empty: eight frames evenly over the motion
     std::string mView = "front";
     std::string mOutputPath;
 };

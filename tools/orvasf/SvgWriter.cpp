@@ -21,7 +21,11 @@ size_t Utf8SequenceLength(std::string_view pText)
 {
     const auto lByte = [&pText](size_t i) { return static_cast<unsigned char>(pText[i]); };
     const unsigned char lLead = lByte(0);
-    const size_t lLength = lLead < 0x80 ? 1 : (lLead >> 5) == 0x6 ? 2 : (lLead >> 4) == 0xE ? 3 : (lLead >> 3) == 0x1E ? 4 : 0;
+    const size_t lLength = lLead < 0x80           ? 1
+                           : (lLead >> 5) == 0x6  ? 2
+                           : (lLead >> 4) == 0xE  ? 3
+                           : (lLead >> 3) == 0x1E ? 4
+                                                  : 0;
     if (lLength == 0 || lLength > pText.size()) return 0;
     for (size_t i = 1; i < lLength; ++i)
         if ((lByte(i) & 0xC0) != 0x80) return 0;
@@ -67,7 +71,10 @@ void AppendXmlEscaped(std::string& pOut, std::string_view pText)
 SvgWriter::SvgWriter(double pWidth, double pHeight)
 {
     mText = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-    Begin("svg").Attribute("xmlns", "http://www.w3.org/2000/svg").Attribute("width", pWidth).Attribute("height", pHeight);
+    Begin("svg")
+        .Attribute("xmlns", "http://www.w3.org/2000/svg")
+        .Attribute("width", pWidth)
+        .Attribute("height", pHeight);
     mText += " viewBox=\"0 0 ";
     AppendNumber(mText, pWidth);
     mText += ' ';

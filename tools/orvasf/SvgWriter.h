@@ -23,7 +23,7 @@ struct SvgPoint
 // digits after the point whatever the locale. Costs the size of the text.
 class SvgWriter
 {
-public:
+  public:
     // Starts the picture: the XML declaration and an <svg> of pWidth x pHeight pixels.
     SvgWriter(double pWidth, double pHeight);
 
@@ -46,7 +46,7 @@ public:
     // The whole picture, every open element closed; the writer is spent.
     std::string Finish();
 
-private:
+  private:
     std::string mText;
     const char* mBegun = nullptr;
     std::vector<const char*> mOpen;
