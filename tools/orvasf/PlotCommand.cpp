@@ -129,19 +129,9 @@ void DrawText(SvgWriter& pSvg, double pX, double pY, const char* pAnchor, const 
     pSvg.Begin("text").Attribute("x", pX).Attribute("y", pY).Attribute("text-anchor", pAnchor).Text(pText);
 }
 
-// Begins a line element, for the caller to add its stroke.
-SvgWriter& BeginLine(SvgWriter& pSvg, SvgPoint pFrom, SvgPoint pTo)
-{
-    return pSvg.Begin("line")
-        .Attribute("x1", pFrom.mX)
-        .Attribute("y1", pFrom.mY)
-        .Attribute("x2", pTo.mX)
-        .Attribute("y2", pTo.mY);
-}
-
 void DrawLine(SvgWriter& pSvg, SvgPoint pFrom, SvgPoint pTo, const char* pColour, double pWidth = 1.0)
 {
-    BeginLine(pSvg, pFrom, pTo).Attribute("stroke", pColour).Attribute("stroke-width", pWidth).Leaf();
+    pSvg.BeginLine(pFrom, pTo).Attribute("stroke", pColour).Attribute("stroke-width", pWidth).Leaf();
 }
 
 // The frame of the plot: its area (with its ranges as data attributes), grid lines, tick labels
@@ -185,7 +175,7 @@ void DrawLegend(SvgWriter& pSvg, const std::string& pStep)
     }
     if (!pStep.empty())
     {
-        BeginLine(pSvg, {lLeft, kAreaTop + 80.0}, {lLeft + 24.0, kAreaTop + 80.0}).Attribute("stroke", "#000000");
+        pSvg.BeginLine({lLeft, kAreaTop + 80.0}, {lLeft + 24.0, kAreaTop + 80.0}).Attribute("stroke", "#000000");
         pSvg.Attribute("stroke-width", 1.5).Attribute("stroke-dasharray", "6 4").Leaf();
         DrawLine(pSvg, {lLeft, kAreaTop + 100.0}, {lLeft + 24.0, kAreaTop + 100.0}, "#000000", 1.5);
         DrawText(pSvg, lLeft + 30.0, kAreaTop + 84.0, "start", "dashed: before " + pStep);

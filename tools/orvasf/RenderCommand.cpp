@@ -221,12 +221,37 @@ std::string FigureLabel(const Figure& pFigure)
 
 void DrawLine(SvgWriter& pSvg, const SvgPoint& pFrom, const SvgPoint& pTo, const char* pColour, double pWidth)
 {
-    pSvg.Begin("line")
-        .Attribute("x1", pFrom.mX)
-        .Attribute("y1", pFrom.mY)
-        .Attribute("x2", pTo.mX)
-        .Attribute("y2", pTo.mY);
-    pSvg.Attribute("stroke", pColour).Attribute("stroke-width", pWidth).Leaf();
+    pSvg.BeginLine(pFrom, pTo).Attribute("stroke", pColour).Attribute("stroke-width", pWidth).Leaf();
+}
+
+// A line from every joint at pPoints (placed in the picture) to each of its children, in the
+// colour of the parent's side, or of the child's when the parent is central.
+void DrawBones(SvgWriter& pSvg, const std::vector<SvgPoint>& pPoints, const std::vector<int>& pParents,
+               const std::vector<Side>& pSides)
+{
+    for (size_t lNode = 1; lNode < pParents.size(); ++lNode)
+    {
+        const size_t lParent = static_cast<size_t>(pParents[lNode]);
+        const Side lSide = pSides[lParent] != Side::eCentre ? pSides[lParent] : pSides[lNode];
+        DrawLine(pSvg, pPoints[lParent], pPoints[lNode], ColourOf(lSide), 2.0);
+    }
+}
+
+// A dot named after its joint at each of pPoints; the root's is a black ring.
+void DrawJoints(SvgWriter& pSvg, const std::vector<SvgPoint>& pPoints, const std::vector<orvsdk::OrvNode*>& pNodes,
+                const std::vector<Side>& pSides)
+{
+    for (size_t lNode = 0; lNode < pPoints.size(); ++lNode)
+    {
+        const bool lRoot = lNode == 0;
+        pSvg.Begin("circle").Attribute("cx", pPoints[lNode].mX).Attribute("cy", pPoints[lNode].mY);
+        pSvg.Attribute("r", lRoot ? 5.0 : 2.5).Attribute("data-joint", pNodes[lNode]->GetName());
+        if (lRoot)
+            pSvg.Attribute("data-root", "true").Attribute("fill", "none").Attribute("stroke", "#000000");
+        else
+            pSvg.Attribute("fill", ColourOf(pSides[lNode]));
+        pSvg.Leaf();
+    }
 }
 
 void DrawFigure(SvgWriter& pSvg, const Layout& pLayout, int pIndex, const Figure& pFigure, const View& pView,
@@ -242,34 +267,18 @@ void DrawFigure(SvgWriter& pSvg, const Layout& pLayout, int pIndex, const Figure
     const double lCellLeft = (pIndex % kFiguresPerRow) * pLayout.mCellWidth;
     if (pView.mHasGround)
         DrawLine(pSvg, {lCellLeft + 4.0, lGroundY}, {lCellLeft + pLayout.mCellWidth - 4.0, lGroundY}, "#999999", 1.0);
-    const std::vector<int>& lParents = pEvaluator.GetParents();
-    for (size_t lNode = 1; lNode < lParents.size(); ++lNode)
-    {
-        const size_t lParent = static_cast<size_t>(lParents[lNode]);
-        const Side lSide = pSides[lParent] != Side::eCentre ? pSides[lParent] : pSides[lNode];
-        DrawLine(pSvg, lPlace(pFigure.mPoints[lParent]), lPlace(pFigure.mPoints[lNode]), ColourOf(lSide), 2.0);
-    }
-    for (size_t lNode = 0; lNode < lParents.size(); ++lNode)
-    {
-        const SvgPoint lAt = lPlace(pFigure.mPoints[lNode]);
-        pSvg.Begin("circle").Attribute("cx", lAt.mX).Attribute("cy", lAt.mY).Attribute("r", lNode == 0 ? 5.0 : 2.5);
-        pSvg.Attribute("data-joint", pEvaluator.GetNodes()[lNode]->GetName());
-        if (lNode == 0)
-            pSvg.Attribute("data-root", "true")
-                .Attribute("fill", "none")
-                .Attribute("stroke", "#000000")
-                .Attribute("stroke-width", 1.5);
-        else
-            pSvg.Attribute("fill", ColourOf(pSides[lNode]));
-        pSvg.Leaf();
-    }
+    std::vector<SvgPoint> lPoints;
+    for (const SvgPoint& lPoint : pFigure.mPoints) lPoints.push_back(lPlace(lPoint));
+    DrawBones(pSvg, lPoints, pEvaluator.GetParents(), pSides);
+    DrawJoints(pSvg, lPoints, pEvaluator.GetNodes(), pSides);
     const double lBottom = kTitleHeight + (pIndex / kFiguresPerRow + 1) * pLayout.mCellHeight;
     pSvg.Begin("text").Attribute("x", lCellLeft + pLayout.mCellWidth / 2.0).Attribute("y", lBottom - 6.0);
     pSvg.Attribute("text-anchor", "middle").Text(FigureLabel(pFigure));
     pSvg.Close();
 }
 
-// Two arrows naming the world axes the picture shows, at its bottom left.
+// Two lines along the picture's right and up, named after the world axes they show, at its
+// bottom left.
 void DrawAxes(SvgWriter& pSvg, const View& pView, double pTop)
 {
     const SvgPoint lOrigin{kPadding, pTop + kAxesHeight - 15.0};

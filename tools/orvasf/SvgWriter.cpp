@@ -112,6 +112,15 @@ SvgWriter& SvgWriter::Attribute(const char* pName, double pValue)
     return *this;
 }
 
+SvgWriter& SvgWriter::BeginLine(const SvgPoint& pFrom, const SvgPoint& pTo)
+{
+    return Begin("line")
+        .Attribute("x1", pFrom.mX)
+        .Attribute("y1", pFrom.mY)
+        .Attribute("x2", pTo.mX)
+        .Attribute("y2", pTo.mY);
+}
+
 SvgWriter& SvgWriter::Points(const std::vector<SvgPoint>& pPoints)
 {
     mText += " points=\"";

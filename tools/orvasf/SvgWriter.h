@@ -31,6 +31,8 @@ class SvgWriter
     SvgWriter& Begin(const char* pName);
     SvgWriter& Attribute(const char* pName, std::string_view pValue);
     SvgWriter& Attribute(const char* pName, double pValue);
+    // Begins a line from pFrom to pTo: the element and its x1, y1, x2 and y2.
+    SvgWriter& BeginLine(const SvgPoint& pFrom, const SvgPoint& pTo);
     // The attribute points="x,y x,y ..." of a polyline.
     SvgWriter& Points(const std::vector<SvgPoint>& pPoints);
 
