@@ -459,6 +459,24 @@ TEST_F(RenderTest, BadInputsExitWithTheToolsStatusesAndLeaveNoPicture)
         EXPECT_NE(Run(std::string(lCommand) + " --help").mOut.find("Exit status: 0 success"), std::string::npos);
 }
 
+TEST_F(RenderTest, ValuesThatOverflowAreLeftOutOfTheDrawing)
+{
+    if (!ToolsPresent()) GTEST_SKIP() << "xmllint or python3 is missing";
+    // Frame 0 moves the root beyond the float range: no position or key of it can be drawn.
+    WriteFile(WorkPath("huge.bvh"), Replace(bvhtest::kSmallBvh, "0 0 0 0 0 0 0 0 0 0 0 0 0 0\n",
+                                            "1e308 -1e308 0 0 0 0 0 0 0 0 0 0 0 0\n"));
+    ASSERT_EQ(Run("render " + Work("huge.bvh") + " --frames 0-1 -o " + Work("huge.svg")).mStatus, 0);
+    std::set<std::string> lFrames;
+    for (const auto& lEntry : ReadPicture(WorkPath("huge.svg")).mDots) lFrames.insert(lEntry.first.first);
+    EXPECT_EQ(lFrames, std::set<std::string>{"1"});
+
+    ASSERT_EQ(Run("plot " + Work("huge.bvh") + " --joint Hips --channels translation -o " + Work("keys.svg")).mStatus, 0);
+    const auto lKeys = PlottedKeys(ReadPicture(WorkPath("keys.svg")), "keys");
+    EXPECT_EQ(lKeys.at("X").size(), 2u);
+    EXPECT_EQ(lKeys.at("Z").size(), 3u);
+    EXPECT_NE(ReadFile(WorkPath("keys.svg")).find(">X keys: 1 not finite, left out<"), std::string::npos);
+}
+
 TEST_F(RenderTest, FileNamesThatAreNotValidXmlTextStillGiveAWellFormedPicture)
 {
     if (!ToolsPresent()) GTEST_SKIP() << "xmllint or python3 is missing";

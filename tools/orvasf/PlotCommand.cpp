@@ -39,6 +39,7 @@ struct Series
     unsigned mChannel;
     const char* mSet;  // "keys", or "before" / "after" the compared step
     std::vector<SvgPoint> mKeys;
+    int mNotFinite = 0;  // keys left out: an infinite or undefined value cannot be drawn
 };
 
 // An axis range whose ends are multiples of its tick step.
@@ -88,8 +89,13 @@ void AppendSeries(orvsdk::OrvNode* pJoint, orvsdk::OrvAnimStack* pTake, const st
         if (pProperty != lBinding.mProperty) continue;
         Series lSeries{lBinding.mChannel, pSet, {}};
         for (int i = 0; i < lBinding.mCurve->KeyGetCount(); ++i)
-            lSeries.mKeys.push_back(
-                {lBinding.mCurve->KeyGetTime(i).GetSecondDouble(), lBinding.mCurve->KeyGetValue(i)});
+        {
+            const float lValue = lBinding.mCurve->KeyGetValue(i);
+            if (std::isfinite(lValue))
+                lSeries.mKeys.push_back({lBinding.mCurve->KeyGetTime(i).GetSecondDouble(), lValue});
+            else
+                ++lSeries.mNotFinite;
+        }
         pSeries.push_back(std::move(lSeries));
     }
 }
@@ -184,7 +190,8 @@ void DrawLegend(SvgWriter& pSvg, const std::string& pStep)
     pSvg.Close();
 }
 
-std::string Plot(const PlotCommandOptions& pOptions, const std::vector<Series>& pSeries)
+// The axes that hold every key of pSeries: its time range and its value range.
+std::pair<Axis, Axis> AxesOf(const std::vector<Series>& pSeries)
 {
     double lTimeMin = INFINITY, lTimeMax = -INFINITY, lValueMin = INFINITY, lValueMax = -INFINITY;
     for (const Series& lSeries : pSeries)
@@ -195,38 +202,47 @@ std::string Plot(const PlotCommandOptions& pOptions, const std::vector<Series>& 
             lValueMin = std::min(lValueMin, lKey.mY);
             lValueMax = std::max(lValueMax, lKey.mY);
         }
-    const bool lHasKeys = lTimeMin <= lTimeMax;
-    const Axis lTime = lHasKeys ? NiceAxis(lTimeMin, lTimeMax) : NiceAxis(0.0, 1.0);
-    const Axis lValue = lHasKeys ? NiceAxis(lValueMin, lValueMax) : NiceAxis(0.0, 1.0);
-    const bool lRotation = pOptions.mChannels == "rotation";
+    if (lTimeMin > lTimeMax) return {NiceAxis(0.0, 1.0), NiceAxis(0.0, 1.0)};
+    return {NiceAxis(lTimeMin, lTimeMax), NiceAxis(lValueMin, lValueMax)};
+}
 
+// What the legend says of a series it cannot show whole, or empty. A curve the key reducer
+// emptied leaves the channel at the property's own value.
+std::string SeriesNote(const Series& pSeries)
+{
+    const std::string lName = std::string(kChannelNames[pSeries.mChannel]) + " " + pSeries.mSet + ": ";
+    if (pSeries.mNotFinite > 0) return lName + std::to_string(pSeries.mNotFinite) + " not finite, left out";
+    return pSeries.mKeys.empty() ? lName + "no keys" : std::string();
+}
+
+void DrawSeries(SvgWriter& pSvg, const Series& pSeries, const std::string& pJoint, const Axis& pTime,
+                const Axis& pValue)
+{
+    std::vector<SvgPoint> lPoints;
+    for (const SvgPoint& lKey : pSeries.mKeys) lPoints.push_back(ToPicture(pTime, pValue, lKey));
+    pSvg.Begin("polyline").Attribute("data-joint", pJoint).Attribute("data-channel", kChannelNames[pSeries.mChannel]);
+    pSvg.Attribute("data-set", pSeries.mSet).Attribute("fill", "none");
+    pSvg.Attribute("stroke", kChannelColours[pSeries.mChannel]).Attribute("stroke-width", 1.5);
+    if (std::strcmp(pSeries.mSet, "before") == 0) pSvg.Attribute("stroke-dasharray", "6 4");
+    pSvg.Points(lPoints).Leaf();
+}
+
+std::string Plot(const PlotCommandOptions& pOptions, const std::vector<Series>& pSeries)
+{
+    const auto [lTime, lValue] = AxesOf(pSeries);
     SvgWriter lSvg(kWidth, kHeight);
     lSvg.Begin("rect").Attribute("width", "100%").Attribute("height", "100%").Attribute("fill", "#ffffff").Leaf();
     DrawText(lSvg, kAreaLeft, 24.0, "start", pOptions.mJoint + " " + pOptions.mChannels + " keys");
-    DrawAxes(lSvg, lTime, lValue, lRotation ? "rotation (degrees)" : "translation (scene units; cm for ASF)");
-    if (!lHasKeys) DrawText(lSvg, kAreaLeft + kAreaWidth / 2.0, kAreaTop + kAreaHeight / 2.0, "middle", "no keys");
+    DrawAxes(lSvg, lTime, lValue,
+             pOptions.mChannels == "rotation" ? "rotation (degrees)" : "translation (scene units; cm for ASF)");
     double lNoteY = kAreaTop + 130.0;
     for (const Series& lSeries : pSeries)
     {
-        if (lSeries.mKeys.empty())
-        {
-            // A curve the key reducer emptied: the channel keeps the property's own value.
-            DrawText(lSvg, kAreaLeft + kAreaWidth + 20.0, lNoteY, "start",
-                     std::string(kChannelNames[lSeries.mChannel]) + " " + lSeries.mSet + ": no keys");
-            lNoteY += 20.0;
-            continue;
-        }
-        std::vector<SvgPoint> lPoints;
-        for (const SvgPoint& lKey : lSeries.mKeys) lPoints.push_back(ToPicture(lTime, lValue, lKey));
-        lSvg.Begin("polyline")
-            .Attribute("data-joint", pOptions.mJoint)
-            .Attribute("data-channel", kChannelNames[lSeries.mChannel]);
-        lSvg.Attribute("data-set", lSeries.mSet)
-            .Attribute("fill", "none")
-            .Attribute("stroke", kChannelColours[lSeries.mChannel]);
-        lSvg.Attribute("stroke-width", 1.5);
-        if (std::strcmp(lSeries.mSet, "before") == 0) lSvg.Attribute("stroke-dasharray", "6 4");
-        lSvg.Points(lPoints).Leaf();
+        if (!lSeries.mKeys.empty()) DrawSeries(lSvg, lSeries, pOptions.mJoint, lTime, lValue);
+        const std::string lNote = SeriesNote(lSeries);
+        if (lNote.empty()) continue;
+        DrawText(lSvg, kAreaLeft + kAreaWidth + 20.0, lNoteY, "start", lNote);
+        lNoteY += 20.0;
     }
     DrawLegend(lSvg, pOptions.mCompareFilter);
     return lSvg.Finish();

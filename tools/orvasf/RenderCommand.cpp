@@ -172,9 +172,17 @@ struct Layout
     double mCellHeight = 0.0;
 };
 
+// A joint whose position overflowed (a motion with absurd values) is not drawn.
+bool IsFinite(const SvgPoint& pPoint)
+{
+    return std::isfinite(pPoint.mX) && std::isfinite(pPoint.mY);
+}
+
 SvgPoint AnchorOf(const Figure& pFigure, const View& pView)
 {
-    return {pFigure.mPoints[0].mX, pView.mHasGround ? 0.0 : pFigure.mPoints[0].mY};
+    const SvgPoint& lRoot = pFigure.mPoints[0];
+    if (!IsFinite(lRoot)) return {0.0, 0.0};
+    return {lRoot.mX, pView.mHasGround ? 0.0 : lRoot.mY};
 }
 
 Layout LayOut(const std::vector<Figure>& pFigures, const View& pView)
@@ -185,6 +193,7 @@ Layout LayOut(const std::vector<Figure>& pFigures, const View& pView)
         const SvgPoint lAnchor = AnchorOf(lFigure, pView);
         for (const SvgPoint& lPoint : lFigure.mPoints)
         {
+            if (!IsFinite(lPoint)) continue;
             lLayout.mLeft = std::min(lLayout.mLeft, lPoint.mX - lAnchor.mX);
             lLayout.mRight = std::max(lLayout.mRight, lPoint.mX - lAnchor.mX);
             lLayout.mBottom = std::min(lLayout.mBottom, lPoint.mY - lAnchor.mY);
@@ -232,6 +241,7 @@ void DrawBones(SvgWriter& pSvg, const std::vector<SvgPoint>& pPoints, const std:
     for (size_t lNode = 1; lNode < pParents.size(); ++lNode)
     {
         const size_t lParent = static_cast<size_t>(pParents[lNode]);
+        if (!IsFinite(pPoints[lParent]) || !IsFinite(pPoints[lNode])) continue;
         const Side lSide = pSides[lParent] != Side::eCentre ? pSides[lParent] : pSides[lNode];
         DrawLine(pSvg, pPoints[lParent], pPoints[lNode], ColourOf(lSide), 2.0);
     }
@@ -243,6 +253,7 @@ void DrawJoints(SvgWriter& pSvg, const std::vector<SvgPoint>& pPoints, const std
 {
     for (size_t lNode = 0; lNode < pPoints.size(); ++lNode)
     {
+        if (!IsFinite(pPoints[lNode])) continue;
         const bool lRoot = lNode == 0;
         pSvg.Begin("circle").Attribute("cx", pPoints[lNode].mX).Attribute("cy", pPoints[lNode].mY);
         pSvg.Attribute("r", lRoot ? 5.0 : 2.5).Attribute("data-joint", pNodes[lNode]->GetName());
