@@ -232,7 +232,8 @@ std::string Plot(const PlotCommandOptions& pOptions, const std::vector<Series>& 
     const auto [lTime, lValue] = AxesOf(pSeries);
     SvgWriter lSvg(kWidth, kHeight);
     lSvg.Begin("rect").Attribute("width", "100%").Attribute("height", "100%").Attribute("fill", "#ffffff").Leaf();
-    DrawText(lSvg, kAreaLeft, 24.0, "start", pOptions.mJoint + " " + pOptions.mChannels + " keys");
+    DrawText(lSvg, kAreaLeft, 24.0, "start",
+             InputNames(pOptions.mImport) + ": " + pOptions.mJoint + " " + pOptions.mChannels + " keys");
     DrawAxes(lSvg, lTime, lValue,
              pOptions.mChannels == "rotation" ? "rotation (degrees)" : "translation (scene units; cm for ASF)");
     double lNoteY = kAreaTop + 130.0;

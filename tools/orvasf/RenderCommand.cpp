@@ -17,7 +17,6 @@
 #include <cctype>
 #include <cmath>
 #include <cstring>
-#include <filesystem>
 #include <limits>
 #include <optional>
 
@@ -303,10 +302,7 @@ void DrawAxes(SvgWriter& pSvg, const View& pView, double pTop)
 
 std::string Title(const RenderCommandOptions& pOptions, const View& pView)
 {
-    std::string lTitle = std::filesystem::path(pOptions.mImport.mAsfPath).filename().string();
-    if (!pOptions.mImport.mMotionPath.empty())
-        lTitle += " + " + std::filesystem::path(pOptions.mImport.mMotionPath).filename().string();
-    return lTitle + ", " + pView.mName + " view (" + pView.mRightLabel + ", " + pView.mUpLabel +
+    return InputNames(pOptions.mImport) + ", " + pView.mName + " view (" + pView.mRightLabel + ", " + pView.mUpLabel +
            "); blue: left, red: right";
 }
 

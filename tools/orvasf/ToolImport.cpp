@@ -46,6 +46,14 @@ std::optional<InputFormat> CheckedInputFormat(const ImportOptions& pOptions, con
     return std::nullopt;
 }
 
+std::string InputNames(const ImportOptions& pOptions)
+{
+    std::string lNames = std::filesystem::path(pOptions.mAsfPath).filename().string();
+    if (!pOptions.mMotionPath.empty())
+        lNames += " + " + std::filesystem::path(pOptions.mMotionPath).filename().string();
+    return lNames;
+}
+
 std::optional<std::vector<FrameRange>> SelectFrames(const std::string& pList, int64_t pSpan)
 {
     // Frame indices are ints: a span beyond their range offers its first INT_MAX + 1 frames.

@@ -33,6 +33,10 @@ std::optional<InputFormat> InputFormatOf(const std::string& pPath);
 // glTF file.
 std::optional<InputFormat> CheckedInputFormat(const ImportOptions& pOptions, const char* pCommand);
 
+// The names of the input files without their folders, "FILE.asf + FILE.amc" or "FILE.bvh", for
+// titles.
+std::string InputNames(const ImportOptions& pOptions);
+
 // The frames of pList (a ParseFrameList text) within a motion of pSpan frames, or every frame
 // when pList is empty. Empty result, with "frame N is outside the motion" printed, when a
 // requested frame lies beyond the motion.
