@@ -5,6 +5,7 @@
 #include "tools/orvasf/ConvertCommand.h"
 #include "tools/orvasf/ExitStatus.h"
 #include "tools/orvasf/OutputText.h"
+#include "tools/orvasf/ViewCommand.h"
 
 #include "orvsdk/OrvVersion.h"
 
@@ -137,6 +138,12 @@ int Run(int pArgc, char** pArgv)
     AddConvertOptions(*lConvertCommand, lConvert);
     AddImportFlags(*lConvertCommand, lConvert.mImport.mSettings);
 
+    ViewCommandOptions lView;
+    CLI::App* lViewCommand =
+        AddCommand(lApp, "view", "Write one HTML page that plays the motion in a browser, offline");
+    AddViewOptions(*lViewCommand, lView);
+    AddImportFlags(*lViewCommand, lView.mImport.mSettings);
+
     BatchCommandOptions lBatch;
     CLI::App* lBatchCommand = AddCommand(lApp, "batch", "Convert every AMC and BVH file below a folder, in parallel");
     AddBatchOptions(*lBatchCommand, lBatch);
@@ -163,6 +170,11 @@ int Run(int pArgc, char** pArgv)
         return RunConvert(lConvert);
     }
     if (lBatchCommand->parsed()) return RunBatch(lBatch);
+    if (lViewCommand->parsed())
+    {
+        lView.mFramesPerSecondGiven = lViewCommand->count("--fps") > 0;
+        return RunView(lView);
+    }
     return RunFormat(lFormat);
 }
 
