@@ -99,10 +99,17 @@ async function start() {
   });
 
   const mixer = new THREE.AnimationMixer(gltf.scene);
-  if (gltf.animations.length > 0) mixer.clipAction(gltf.animations[0]).play();
+  if (gltf.animations.length > 0) {
+    // Played once and held at its end, so that the last frame shows the last keys, not the first.
+    const action = mixer.clipAction(gltf.animations[0]);
+    action.setLoop(THREE.LoopOnce);
+    action.clampWhenFinished = true;
+    action.play();
+  }
   // Puts the figure at frame pFrame (0-based) and the joints' world matrices up to date.
   function pose(pFrame) {
-    mixer.setTime(pFrame / config.framesPerSecond);
+    // Keyframe times are 32-bit floats in glTF files and in three.js.
+    mixer.setTime(Math.fround(pFrame / config.framesPerSecond));
     gltf.scene.updateMatrixWorld(true);
   }
 
