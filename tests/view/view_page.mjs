@@ -1,7 +1,8 @@
 // Opens pages written by `orvasf view` in Debian's headless Chromium (through puppeteer-core, on
 // file:// alone) and checks what a viewer sees: every joint at several frames where `orvasf pose`
-// puts it (within 1e-4 m), no request beyond the page itself and its blob/data URLs, and the
-// skeleton's bone colour drawn inside the projected figure's box of a screenshot.
+// puts it (within 1e-4 m), no request beyond the page itself and its blob/data URLs, the
+// skeleton's bone colour drawn inside the projected figure's box of a screenshot, and the joint
+// name on hover, the frame slider and play.
 // Cases: the bundled sample, a shared ASF/AMC pair and a shared BVH file (whose expected positions
 // come from its conversion to ASF/AMC); the shared ones are skipped when the data folder is absent.
 // Usage: node view_page.mjs ORVASF SOURCE_DIR SHARED_DATA_DIR SCREENSHOT_DIR
@@ -106,6 +107,27 @@ function boxAround(pPoints, pMargin) {
            top: Math.min(...ys) - pMargin, bottom: Math.max(...ys) + pMargin };
 }
 
+// Uses the page as a viewer does: hovers the joint farthest on screen from any other, drags the
+// slider and plays for a moment. Throws when the page does not answer.
+async function checkControls(pTab, pLast) {
+  const points = await pTab.evaluate(() => window.orvasf.jointScreenPositions());
+  const gap = (p) => Math.min(...points.filter((q) => q !== p).map((q) => Math.hypot(p.x - q.x, p.y - q.y)));
+  const loneliest = points.reduce((best, p) => (gap(p) > gap(best) ? p : best));
+  await pTab.mouse.move(loneliest.x, loneliest.y);
+  const label = await pTab.$eval('#joint-name', (e) => (e.style.display === 'block' ? e.textContent : ''));
+  if (label !== loneliest.name) throw new Error(`hovering joint ${loneliest.name} shows "${label}"`);
+
+  await pTab.$eval('#frame', (slider, f) => { slider.value = String(f); slider.dispatchEvent(new Event('input')); }, pLast);
+  const shown = await pTab.$eval('#frame-number', (e) => e.textContent);
+  if (shown !== `frame ${pLast} / ${pLast}`) throw new Error(`the slider at ${pLast} shows "${shown}"`);
+
+  await pTab.click('#play');
+  await pTab.waitForFunction((f) => document.getElementById('frame-number').textContent !== `frame ${f} / ${f}`,
+                             { timeout: 10000 }, pLast);
+  await pTab.click('#play');
+  return `hover shows ${loneliest.name}; the slider and play move the frame`;
+}
+
 // Opens the page of pCase and checks it; throws with the reason on the first failure.
 async function checkCase(pBrowser, pCase) {
   const page = path.join(work, `${pCase.name}.html`);
@@ -150,6 +172,7 @@ async function checkCase(pBrowser, pCase) {
     const { inside, outside } = await bonePixels(pBrowser, shot, box);
     lines.push(`screenshot ${shot}: ${inside} bone-coloured pixels inside the figure's box, ${outside} outside`);
     if (inside < kMinimumBonePixels || outside > inside / 20) throw new Error(lines.join('; '));
+    lines.push(await checkControls(tab, last));
   }
   await tab.close();
   return lines;
