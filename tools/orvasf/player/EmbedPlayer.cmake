@@ -4,7 +4,7 @@
 # empty page, which the view command reports as a build without the player.
 # Usage: cmake -DTEMPLATE=... -DPLAYER=... -DTHREE_DIR=... -DOUTPUT=... -P EmbedPlayer.cmake
 
-# The modules the page imports, by import specifier, and their files in the three package.
+# The modules the page imports, by the name it imports them as, and their files in the three package.
 set(kModules
   "three|build/three.module.js"
   "three/core|build/three.core.js"
@@ -38,14 +38,14 @@ function(player_page pOutVariable)
   set(lModules "")
   foreach(lModule IN LISTS kModules)
     string(REPLACE "|" ";" lParts "${lModule}")
-    list(GET lParts 0 lSpecifier)
+    list(GET lParts 0 lImportName)
     list(GET lParts 1 lFile)
     file(READ "${THREE_DIR}/${lFile}" lText)
-    # Relative imports cannot resolve from a blob URL: they become the import map's specifiers.
+    # Relative imports cannot resolve from a blob URL: they become names of the import map.
     string(REPLACE "from './three.core.js'" "from 'three/core'" lText "${lText}")
     string(REGEX REPLACE "from '\\.\\./utils/([A-Za-z]+\\.js)'" "from 'three/addons/utils/\\1'" lText "${lText}")
     check_script_text("${lFile}" "${lText}")
-    string(APPEND lModules "<script type=\"text/plain\" data-module=\"${lSpecifier}\">${lText}</script>\n")
+    string(APPEND lModules "<script type=\"text/plain\" data-module=\"${lImportName}\">${lText}</script>\n")
   endforeach()
   file(READ "${PLAYER}" lPlayer)
   check_script_text("${PLAYER}" "${lPlayer}")
