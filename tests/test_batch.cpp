@@ -5,8 +5,12 @@
 #include "support/ToolRunner.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <csignal>
 #include <map>
+#include <set>
+#include <thread>
 #include <tuple>
 
 namespace {
@@ -306,6 +310,136 @@ TEST_F(BatchTest, SharedDataConvertsEveryBvhAndRefusesEveryUnpairedAmc)
     EXPECT_EQ(static_cast<size_t>(lBvh), lBvhFiles);
     EXPECT_GT(lAmc, 0);
     EXPECT_NE(lRun.mErr.find(std::to_string(lAmc) + " failed"), std::string::npos) << lRun.mErr;
+}
+
+// A batch stopped part way, by SIGTERM and then by SIGKILL, and run again: its outputs are at
+// every moment complete files or absent, and the last run ends with the tree an uninterrupted
+// batch writes.
+//   in/many/many.asf, in/many/many_01.amc ... many_40.amc   the sample's walk, eight times over
+class InterruptedBatchTest : public ToolTest
+{
+protected:
+    static constexpr int kMotions = 40;
+
+    void SetUp() override
+    {
+        ToolTest::SetUp();
+        fs::create_directories(mFolder / "in/many");
+        WriteFile(mFolder / "in/many/many.asf", ReadFile(kSampleAsf));
+        const std::string lMotion = RepeatedFrames(ReadFile(kSampleAmc), 8);
+        for (int i = 1; i <= kMotions; ++i)
+            WriteFile(mFolder / "in/many" / ("many_" + std::string(i < 10 ? "0" : "") + std::to_string(i) + ".amc"), lMotion);
+    }
+
+    // pAmc with its frames pRepeats times over, numbered on.
+    static std::string RepeatedFrames(const std::string& pAmc, int pRepeats)
+    {
+        const size_t lFirstFrame = pAmc.find("\n1\n") + 1;
+        const std::vector<std::string> lLines = Lines(pAmc.substr(lFirstFrame));
+        std::string lText = pAmc.substr(0, lFirstFrame);
+        int lFrame = 0;
+        for (int lRepeat = 0; lRepeat < pRepeats; ++lRepeat)
+            for (const std::string& lLine : lLines)
+                lText += (lLine.find_first_not_of("0123456789") == std::string::npos ? std::to_string(++lFrame) : lLine) + "\n";
+        return lText;
+    }
+
+    // Starts "orvasf batch in -o OUTPUT --to bvh --jobs 1", its streams discarded; its process id.
+    pid_t StartBatch(const std::string& pOutput) const
+    {
+        const std::string lIn = (mFolder / "in").string();
+        const std::string lOut = (mFolder / pOutput).string();
+        const pid_t lChild = ::fork();
+        if (lChild == 0)
+        {
+            std::freopen("/dev/null", "w", stderr);
+            ::execl(ORV_TOOL_PATH, ORV_TOOL_PATH, "batch", lIn.c_str(), "-o", lOut.c_str(), "--to", "bvh", "--jobs", "1",
+                    static_cast<char*>(nullptr));
+            ::_exit(127);
+        }
+        return lChild;
+    }
+
+    // The files below pFolder (outputs, temporaries), relative to it, the manifest left out.
+    std::set<std::string> Files(const std::string& pFolder) const
+    {
+        std::set<std::string> lNames;
+        for (const auto& lEntry : fs::recursive_directory_iterator(mFolder / pFolder))
+            if (lEntry.is_regular_file() && lEntry.path().filename() != "manifest.csv")
+                lNames.insert(lEntry.path().lexically_relative(mFolder / pFolder).generic_string());
+        return lNames;
+    }
+
+    size_t CountOutputs(const std::string& pFolder) const
+    {
+        const std::set<std::string> lNames = fs::exists(mFolder / pFolder) ? Files(pFolder) : std::set<std::string>();
+        return std::count_if(lNames.begin(), lNames.end(),
+                             [](const std::string& pName) { return fs::path(pName).extension() == ".bvh"; });
+    }
+
+    // Starts a batch into pOutput, waits until it wrote more than pOutputsBefore outputs, sends
+    // pSignal and returns the signal the process ended by (0 when it exited).
+    int InterruptBatch(const std::string& pOutput, size_t pOutputsBefore, int pSignal) const
+    {
+        const pid_t lChild = StartBatch(pOutput);
+        while (CountOutputs(pOutput) <= pOutputsBefore && ::waitpid(lChild, nullptr, WNOHANG) == 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        ::kill(lChild, pSignal);
+        int lStatus = 0;
+        ::waitpid(lChild, &lStatus, 0);
+        return WIFSIGNALED(lStatus) ? WTERMSIG(lStatus) : 0;
+    }
+
+    // Every output below pFolder equals the uninterrupted batch's; pTemporariesAllowed lets files
+    // that are not outputs (a killed writer's temporaries) be there too.
+    void ExpectOnlyCompleteOutputs(const std::string& pFolder, bool pTemporariesAllowed) const
+    {
+        for (const std::string& lName : Files(pFolder))
+        {
+            if (fs::path(lName).extension() != ".bvh")
+            {
+                EXPECT_TRUE(pTemporariesAllowed) << lName;
+                continue;
+            }
+            EXPECT_EQ(ReadFile(mFolder / pFolder / lName), ReadFile(mFolder / "whole" / lName)) << lName;
+        }
+    }
+};
+
+TEST_F(InterruptedBatchTest, StopsCleanlyOnSignalsAndARerunFinishesWithTheUninterruptedOutputs)
+{
+    ASSERT_EQ(Run("batch " + Quoted((mFolder / "in").string()) + " -o " + Quoted((mFolder / "whole").string()) +
+                  " --to bvh --jobs 1")
+                  .mStatus,
+              0);
+    ASSERT_EQ(CountOutputs("whole"), static_cast<size_t>(kMotions));
+
+    // SIGTERM: the file in progress is finished, no other is started, the manifest says so.
+    ASSERT_EQ(InterruptBatch("out", 0, SIGTERM), SIGTERM);
+    const size_t lAfterTerm = CountOutputs("out");
+    EXPECT_LT(lAfterTerm, static_cast<size_t>(kMotions));
+    ExpectOnlyCompleteOutputs("out", false);
+    const std::string lManifest = ReadFile(mFolder / "out/manifest.csv");
+    EXPECT_EQ(static_cast<size_t>(std::count(lManifest.begin(), lManifest.end(), '\n')), kMotions + 1u);
+    size_t lInterrupted = 0;
+    for (size_t lAt = lManifest.find(",interrupted,"); lAt != std::string::npos; lAt = lManifest.find(",interrupted,", lAt + 1))
+        ++lInterrupted;
+    EXPECT_EQ(lInterrupted, kMotions - lAfterTerm);
+
+    // SIGKILL mid-run: what was written whole stays whole; a killed writer's temporary file may
+    // remain, as may one planted here, beside a file the batch does not write.
+    ASSERT_EQ(InterruptBatch("out", lAfterTerm, SIGKILL), SIGKILL);
+    ExpectOnlyCompleteOutputs("out", true);
+    WriteFile(mFolder / "out/many/many_40.bvh.tmpAb3dE9", "HIERARCHY\nROOT cut short");
+    WriteFile(mFolder / "out/many/notes.txt.tmpAb3dE9", "not the batch's");
+
+    const ToolRun lRerun = Run("batch " + Quoted((mFolder / "in").string()) + " -o " + Quoted((mFolder / "out").string()) +
+                               " --to bvh --jobs 2");
+    EXPECT_EQ(lRerun.mStatus, 0) << lRerun.mErr;
+    std::set<std::string> lExpected = Files("whole");
+    lExpected.insert("many/notes.txt.tmpAb3dE9");
+    EXPECT_EQ(Files("out"), lExpected);
+    ExpectOnlyCompleteOutputs("out", true);
 }
 
 } // namespace

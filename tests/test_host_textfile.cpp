@@ -13,6 +13,7 @@
 #include <fstream>
 #include <limits>
 #include <random>
+#include <utility>
 #include <string>
 #include <vector>
 
@@ -271,6 +272,31 @@ TEST_F(HostTextFileWrite, PrintIndentsAndReplacesTheTarget)
     EXPECT_EQ(testfiles::ReadFile(lTarget), "  mass 1\n    limits (2.500000)\n");
     EXPECT_EQ(CountOtherFiles("out.asf"), 0);
     EXPECT_FALSE(lFile.Print(0, "late\n"));
+}
+
+// The temporary file that Create makes is recognised by its name alone, so a batch can find the
+// ones a killed process left; names one letter short or long, or with other letters, are not.
+TEST_F(HostTextFileWrite, TemporaryFilesAreRecognisedByNameAndLeadToTheirTarget)
+{
+    const std::filesystem::path lTarget = mFolder / "walk.bvh";
+    OrvTextFile lFile("BVH", kDelimiters, "#", true, false);
+    ASSERT_TRUE(lFile.Create(lTarget.c_str()));
+    std::vector<std::filesystem::path> lEntries;
+    for (const auto& lEntry : std::filesystem::directory_iterator(mFolder)) lEntries.push_back(lEntry.path());
+    ASSERT_EQ(lEntries.size(), 1u);
+    EXPECT_EQ(OrvTextFile::TargetOfTemporary(lEntries[0].string()), lTarget.string());
+    EXPECT_TRUE(lFile.Close());
+
+    const std::pair<const char*, const char*> kNames[] = {
+        {"a/walk.bvh.tmpAb3dE9", "a/walk.bvh"},
+        {"walk.bvh.tmpAb3dE", ""},     // five letters
+        {"walk.bvh.tmpAb3dE9x", ""},   // seven
+        {"walk.bvh.tmpAb3-E9", ""},    // not a letter or digit
+        {"walk.bvh.tmxAb3dE9", ""},
+        {".tmpAb3dE9", ""},            // no target
+        {"walk.bvh", ""},
+    };
+    for (const auto& [lName, lTargetName] : kNames) EXPECT_EQ(OrvTextFile::TargetOfTemporary(lName), lTargetName) << lName;
 }
 
 TEST_F(HostTextFileWrite, NumbersUseADecimalPointUnderACommaLocale)

@@ -2,11 +2,13 @@
 
 #include "driver/OrvExportDriver.h"
 #include "orvsdk/host/io/OrvNumberText.h"
+#include "orvsdk/host/io/OrvTextFile.h"
 #include "orvsdk/host/scene/OrvPoseEvaluator.h"
 #include "tools/orvasf/BatchWork.h"
 #include "tools/orvasf/CommandOptions.h"
 #include "tools/orvasf/ConvertCommand.h"
 #include "tools/orvasf/ExitStatus.h"
+#include "tools/orvasf/InterruptWatch.h"
 #include "tools/orvasf/MessagePrinter.h"
 #include "tools/orvasf/NpyWriter.h"
 #include "tools/orvasf/OutputText.h"
@@ -22,7 +24,9 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <map>
 #include <mutex>
+#include <set>
 #include <thread>
 
 namespace orvasf::tool {
@@ -34,7 +38,7 @@ namespace {
 // What became of one file of the batch: a manifest row.
 struct BatchOutcome
 {
-    std::string mStatus;  // "ok", "warnings", "failed" or "skipped" (up to date)
+    std::string mStatus;  // "ok", "warnings", "failed", "skipped" (up to date) or "interrupted" (not started)
     int mFrames = 0;
     double mFramesPerSecond = 0.0;
     int mBones = 0;
@@ -245,19 +249,42 @@ void ReportItem(const BatchItem& pItem, const BatchOutcome& pOutcome, const std:
                      pOutcome.mStatus.c_str());
 }
 
-// Runs the items on pJobs threads, each taking the next item not yet taken, and reports each
-// finished item, one at a time.
+// Removes the temporary files that a batch killed while writing left beside the outputs of
+// pItems (and of the manifest), each output folder listed once; prints how many it removed.
+void RemoveLeftoverTemporaries(const std::vector<BatchItem>& pItems, const BatchCommandOptions& pOptions)
+{
+    std::map<fs::path, std::set<fs::path>> lOutputsByFolder;
+    const fs::path lFolder = pOptions.mOutputFolder;
+    lOutputsByFolder[lFolder] = {lFolder / "manifest.csv", lFolder / "manifest.json"};
+    for (const BatchItem& lItem : pItems)
+        for (const fs::path& lOutput : OutputsOf(lItem, pOptions.mFormat))
+            lOutputsByFolder[lOutput.parent_path()].insert(lOutput);
+    size_t lRemoved = 0;
+    std::error_code lError;
+    for (const auto& [lOutputFolder, lOutputs] : lOutputsByFolder)
+        for (const auto& lEntry : fs::directory_iterator(lOutputFolder, lError))
+        {
+            const std::string lTarget = orvsdk::OrvTextFile::TargetOfTemporary(lEntry.path().string());
+            if (!lTarget.empty() && lOutputs.count(lTarget) > 0) lRemoved += fs::remove(lEntry.path(), lError);
+        }
+    if (lRemoved > 0)
+        std::fprintf(stderr, "batch: removed %zu temporary file(s) left by an interrupted batch\n", lRemoved);
+}
+
+// Runs the items on pJobs threads, each taking the next item not yet taken until pWatch asks to
+// stop, and reports each finished item, one at a time. Items not started stay "interrupted".
 std::vector<BatchOutcome> ConvertAll(const std::vector<BatchItem>& pItems, const BatchCommandOptions& pOptions,
-                                     int pJobs)
+                                     int pJobs, const InterruptWatch& pWatch)
 {
     std::vector<BatchOutcome> lOutcomes(pItems.size());
+    for (BatchOutcome& lOutcome : lOutcomes) lOutcome.mStatus = "interrupted";
     std::atomic<size_t> lNext{0};
     std::mutex lReporting;
     BatchProgress lProgress;
     lProgress.mTotal = pItems.size();
     ProgressReporter lReporter("batch");
     const auto lWork = [&]() {
-        for (size_t i = lNext++; i < pItems.size(); i = lNext++)
+        for (size_t i = lNext++; i < pItems.size() && pWatch.Signal() == 0; i = lNext++)
         {
             std::vector<orvsdk::OrvMessage> lMessages;
             lOutcomes[i] = Process(pItems[i], pOptions, lMessages);
@@ -320,15 +347,22 @@ int RunBatch(const BatchCommandOptions& pOptions)
         PrintToolError(lError.what());
         return eOutputFailed;
     }
+    RemoveLeftoverTemporaries(lItems, lOptions);
     const int lJobs = lOptions.mJobs > 0 ? lOptions.mJobs : static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
-    const std::vector<BatchOutcome> lOutcomes = ConvertAll(lItems, lOptions, lJobs);
+    InterruptWatch lWatch;
+    const std::vector<BatchOutcome> lOutcomes = ConvertAll(lItems, lOptions, lJobs, lWatch);
     const auto lCount = [&lOutcomes](const char* pStatus) {
         return std::count_if(lOutcomes.begin(), lOutcomes.end(),
                              [pStatus](const BatchOutcome& pOutcome) { return pOutcome.mStatus == pStatus; });
     };
     std::fprintf(stderr, "batch: %zu files: %td ok, %td with warnings, %td up to date, %td failed\n", lItems.size(),
                  lCount("ok"), lCount("warnings"), lCount("skipped"), lCount("failed"));
-    if (!WriteManifest(lItems, lOutcomes, lOptions)) return eOutputFailed;
+    if (lWatch.Signal() != 0)
+        std::fprintf(stderr, "batch: interrupted by %s: %td files not started; running the batch again converts them\n",
+                     lWatch.Signal() == SIGINT ? "SIGINT" : "SIGTERM", lCount("interrupted"));
+    const bool lManifestWritten = WriteManifest(lItems, lOutcomes, lOptions);
+    lWatch.EndAsSignalled();
+    if (!lManifestWritten) return eOutputFailed;
     return lCount("failed") > 0 ? eInputRefused : eSuccess;
 }
 

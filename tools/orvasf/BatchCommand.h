@@ -33,7 +33,10 @@ void AddBatchOptions(CLI::App& pCommand, BatchCommandOptions& pOptions);
 // each output written atomically beside its mirrored input path; prints a line per file and a
 // summary on standard error and writes OUTPUT/manifest.csv, one row per file (and, when asked,
 // OUTPUT/manifest.json: an array of one object per file with the same fields). An output newer
-// than all of its inputs is skipped unless pOptions.mForce. Returns eSuccess when every file
+// than all of its inputs is skipped unless pOptions.mForce; temporary files that a killed batch
+// left beside the outputs are removed first. On SIGINT or SIGTERM the files in progress are
+// finished, no other is started, the manifest is written (the rest "interrupted") and the process
+// then ends by that signal; running the batch again converts the rest. Returns eSuccess when every file
 // converted (or was up to date); eInputRefused when any failed; eUsageError when the input
 // folder is not a folder; eOutputFailed when the manifest could not be written. Costs the
 // conversions' sum, spread over the threads.

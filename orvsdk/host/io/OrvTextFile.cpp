@@ -1,5 +1,6 @@
 #include "orvsdk/host/io/OrvTextFile.h"
 
+#include <cctype>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
@@ -20,6 +21,11 @@ namespace {
 
 // Longest token text quoted in a message; longer tokens are cut and marked with "...".
 constexpr int kQuotedTokenLength = 256;
+
+// A temporary file of Create is named after its target: the target's path, this suffix and
+// kTemporaryLetters letters or digits that mkostemp picks.
+constexpr const char* kTemporarySuffix = ".tmp";
+constexpr size_t kTemporaryLetters = 6;
 
 std::string SystemReason(int pErrno)
 {
@@ -232,7 +238,7 @@ bool OrvTextFile::Create(const char* pPath)
     mFileName = pPath ? pPath : "";
     mDiagnostics.Reset(mFileName);
     mTargetPath = mFileName;
-    mTempPath = mTargetPath + ".tmpXXXXXX";
+    mTempPath = mTargetPath + kTemporarySuffix + "XXXXXX";
     const int lFile = mkostemp(&mTempPath[0], O_CLOEXEC);
     if (lFile < 0)
     {
@@ -255,6 +261,17 @@ bool OrvTextFile::Create(const char* pPath)
     mWriteFailed = false;
     mWriteErrno = 0;
     return true;
+}
+
+std::string OrvTextFile::TargetOfTemporary(const std::string& pPath)
+{
+    const size_t lSuffixSize = std::strlen(kTemporarySuffix) + kTemporaryLetters;
+    if (pPath.size() <= lSuffixSize) return std::string();
+    const size_t lTargetSize = pPath.size() - lSuffixSize;
+    if (pPath.compare(lTargetSize, std::strlen(kTemporarySuffix), kTemporarySuffix) != 0) return std::string();
+    for (size_t i = pPath.size() - kTemporaryLetters; i < pPath.size(); ++i)
+        if (!std::isalnum(static_cast<unsigned char>(pPath[i]))) return std::string();
+    return pPath.substr(0, lTargetSize);
 }
 
 bool OrvTextFile::Close()

@@ -69,6 +69,10 @@ public:
     /// target; false when any write, the flush or the rename failed, in which case the temporary
     /// file is removed and the target left as it was. Safe to call more than once.
     bool Close();
+    /// The target path of a temporary file Create makes (the target's path followed by ".tmp" and
+    /// six letters or digits), or "" when pPath is not named like one. A process killed between
+    /// Create and Close leaves such a file behind; nothing else removes it.
+    static std::string TargetOfTemporary(const std::string& pPath);
 
     ///@{
     /// Line walking. FirstLine makes the first line current (false when there is none); NextLine
