@@ -289,6 +289,17 @@ std::string JsonWithSeparateBuffer(tinygltf::Model& pModel, const std::string& p
     return lJson.dump(2);
 }
 
+// BuildModel, with its problem reported as an error of pName in pMessages.
+bool BuildModelOrReport(const std::string& pName, orvsdk::OrvNode* pRoot, orvsdk::OrvAnimStack* pTake,
+                        const OrvGltfWriteSettings& pSettings, tinygltf::Model& pModel,
+                        std::vector<orvsdk::OrvMessage>& pMessages)
+{
+    std::string lProblem;
+    if (BuildModel(pRoot, pTake, pSettings, pModel, lProblem)) return true;
+    pMessages.push_back(orvsdk::OrvMessage{orvsdk::OrvMessage::eError, pName, 0, lProblem});
+    return false;
+}
+
 } // namespace
 
 bool OrvGltfWriter::Write(const std::string& pPath, orvsdk::OrvNode* pRoot, orvsdk::OrvAnimStack* pTake,
@@ -296,12 +307,7 @@ bool OrvGltfWriter::Write(const std::string& pPath, orvsdk::OrvNode* pRoot, orvs
 {
     mMessages.clear();
     tinygltf::Model lModel;
-    std::string lProblem;
-    if (!BuildModel(pRoot, pTake, pSettings, lModel, lProblem))
-    {
-        mMessages.push_back(orvsdk::OrvMessage{orvsdk::OrvMessage::eError, pPath, 0, lProblem});
-        return false;
-    }
+    if (!BuildModelOrReport(pPath, pRoot, pTake, pSettings, lModel, mMessages)) return false;
     if (pSettings.mContainer == OrvGltfContainer::eSeparate)
     {
         const std::filesystem::path lBinPath = std::filesystem::path(pPath).replace_extension(".bin");
@@ -313,6 +319,18 @@ bool OrvGltfWriter::Write(const std::string& pPath, orvsdk::OrvNode* pRoot, orvs
     std::ostringstream lStream;
     tinygltf::TinyGLTF().WriteGltfSceneToStream(&lModel, lStream, !lBinary, lBinary);
     return WriteBytes(pPath, "glTF", lStream.str(), mMessages);
+}
+
+bool OrvGltfWriter::WriteBinary(std::string& pBytes, const std::string& pName, orvsdk::OrvNode* pRoot,
+                                orvsdk::OrvAnimStack* pTake, const OrvGltfWriteSettings& pSettings)
+{
+    mMessages.clear();
+    tinygltf::Model lModel;
+    if (!BuildModelOrReport(pName, pRoot, pTake, pSettings, lModel, mMessages)) return false;
+    std::ostringstream lStream;
+    tinygltf::TinyGLTF().WriteGltfSceneToStream(&lModel, lStream, false, true);
+    pBytes = lStream.str();
+    return true;
 }
 
 } // namespace orvasf

@@ -64,6 +64,13 @@ public:
     bool Write(const std::string& pPath, orvsdk::OrvNode* pRoot, orvsdk::OrvAnimStack* pTake,
                const OrvGltfWriteSettings& pSettings);
 
+    /// Builds the binary (.glb) file that Write would write for pRoot, pTake and pSettings (whose
+    /// container is ignored) into pBytes instead of a file, for callers that wrap it in another
+    /// file. True on success; false, with an error naming pName in GetMessages() and pBytes left
+    /// as it was, when the skeleton cannot be written. Costs what Write costs, in memory.
+    bool WriteBinary(std::string& pBytes, const std::string& pName, orvsdk::OrvNode* pRoot,
+                     orvsdk::OrvAnimStack* pTake, const OrvGltfWriteSettings& pSettings);
+
     /// The messages of the last write.
     const std::vector<orvsdk::OrvMessage>& GetMessages() const { return mMessages; }
 

@@ -22,6 +22,8 @@ packages+=(bsdutils)
 # and three.js (package.json), and assimp reads and writes glTF files for them. A node that came
 # with its own npm (as other distributions of node do) is kept.
 packages+=(libtinygltf-dev assimp-utils)
+# Headless Chromium opens the pages of orvasf view in their test (through puppeteer-core).
+packages+=(chromium-headless-shell)
 command -v node >/dev/null 2>&1 || packages+=(nodejs)
 command -v npm >/dev/null 2>&1 || packages+=(npm)
 missing=()

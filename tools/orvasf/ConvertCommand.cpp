@@ -40,39 +40,52 @@ EFormat FormatOf(const std::string& pPath)
 }
 
 // The text of a usage problem, or empty when the options fit the files' formats.
-std::string UsageProblem(const ConvertCommandOptions& pOptions, EFormat pInput, EFormat pOutput)
+std::string UsageProblem(const ConvertCommandOptions& pOptions, EFormat pOutput)
 {
-    const bool lGltfInput = pInput == EFormat::eGlb || pInput == EFormat::eGltf;
-    if (pInput == EFormat::eUnknown)
-        return "convert reads .asf, .bvh, .glb or .gltf files, not " + pOptions.mImport.mAsfPath;
+    const std::string lInputProblem = InputUsageProblem("convert", pOptions.mImport);
+    if (!lInputProblem.empty()) return lInputProblem;
+    const EFormat lInput = FormatOf(pOptions.mImport.mAsfPath);
     if (pOutput == EFormat::eUnknown)
         return "convert writes .asf, .bvh, .glb or .gltf files, not " + pOptions.mOutputPath;
-    if (pInput != EFormat::eAsf && !pOptions.mImport.mMotionPath.empty())
-        return "--motion goes with an ASF input; a BVH or glTF file holds its motion";
     if (pOutput != EFormat::eAsf && !pOptions.mMotionOutputPath.empty())
         return "--motion-out goes with an ASF output; BVH and glTF files hold their motion";
-    if (!lGltfInput && !pOptions.mImport.mGltf.mAnimationName.empty())
-        return "--animation goes with a .glb or .gltf input";
     if (pOutput != EFormat::eGltf && !pOptions.mGltfBuffer.empty()) return "--buffer goes with a .gltf output";
-    if (pInput == EFormat::eAsf && pOptions.mImport.mMotionPath.empty() && !pOptions.mMotionOutputPath.empty())
+    if (lInput == EFormat::eAsf && pOptions.mImport.mMotionPath.empty() && !pOptions.mMotionOutputPath.empty())
         return "--motion-out needs a motion to write: give the input's --motion";
     return std::string();
 }
 
-} // namespace
-
-bool WriteGltf(const std::string& pPath, const OrvImportResult& pImport, const OrvExportFrames& pFrames,
-               bool pSeparateBuffer, std::vector<orvsdk::OrvMessage>& pMessages)
+// The writer settings of pImport's skeleton and motion at pFrames.
+OrvGltfWriteSettings GltfSettings(const OrvImportResult& pImport, const OrvExportFrames& pFrames)
 {
     OrvGltfWriteSettings lSettings;
-    const bool lBinary = FormatOf(pPath) == EFormat::eGlb;
-    lSettings.mContainer = lBinary           ? OrvGltfContainer::eBinary
-                           : pSeparateBuffer ? OrvGltfContainer::eSeparate
-                                             : OrvGltfContainer::eEmbedded;
     lSettings.mFramesPerSecond = pFrames.mFramesPerSecond;
     lSettings.mFrameCount = pImport.mHasMotion ? pFrames.mFrameCount : 0;
     lSettings.mAnimationName = pImport.mTake->GetName();
     lSettings.mGenerator = "orvasf " ORVSDK_VERSION;
+    return lSettings;
+}
+
+} // namespace
+
+bool WriteGltfBinary(std::string& pBytes, const std::string& pName, const OrvImportResult& pImport,
+                     const OrvExportFrames& pFrames, std::vector<orvsdk::OrvMessage>& pMessages)
+{
+    OrvGltfWriter lWriter;
+    const bool lWritten =
+        lWriter.WriteBinary(pBytes, pName, pImport.mRoot, pImport.mTake, GltfSettings(pImport, pFrames));
+    pMessages.insert(pMessages.end(), lWriter.GetMessages().begin(), lWriter.GetMessages().end());
+    return lWritten;
+}
+
+bool WriteGltf(const std::string& pPath, const OrvImportResult& pImport, const OrvExportFrames& pFrames,
+               bool pSeparateBuffer, std::vector<orvsdk::OrvMessage>& pMessages)
+{
+    OrvGltfWriteSettings lSettings = GltfSettings(pImport, pFrames);
+    const bool lBinary = FormatOf(pPath) == EFormat::eGlb;
+    lSettings.mContainer = lBinary           ? OrvGltfContainer::eBinary
+                           : pSeparateBuffer ? OrvGltfContainer::eSeparate
+                                             : OrvGltfContainer::eEmbedded;
     OrvGltfWriter lWriter;
     const bool lWritten = lWriter.Write(pPath, pImport.mRoot, pImport.mTake, lSettings);
     pMessages.insert(pMessages.end(), lWriter.GetMessages().begin(), lWriter.GetMessages().end());
@@ -109,21 +122,15 @@ void AddConvertOptions(CLI::App& pCommand, ConvertCommandOptions& pOptions)
 
 int RunConvert(const ConvertCommandOptions& pOptions)
 {
-    const EFormat lInput = FormatOf(pOptions.mImport.mAsfPath);
     const EFormat lOutput = FormatOf(pOptions.mOutputPath);
-    const std::string lProblem = UsageProblem(pOptions, lInput, lOutput);
+    const std::string lProblem = UsageProblem(pOptions, lOutput);
     if (!lProblem.empty())
     {
         PrintToolError(lProblem);
         return eUsageError;
     }
 
-    ImportOptions lImportOptions = pOptions.mImport;
-    if (pOptions.mFramesPerSecondGiven) lImportOptions.mGltf.mFramesPerSecond = lImportOptions.mSettings.mFramesPerSecond;
-    const InputFormat lInputFormat = lInput == EFormat::eBvh   ? InputFormat::eBvh
-                                     : lInput == EFormat::eAsf ? InputFormat::eAsf
-                                                               : InputFormat::eGltf;
-    const OrvImportResult lImport = ImportFiles(lImportOptions, lInputFormat);
+    const OrvImportResult lImport = ImportInput(pOptions.mImport, pOptions.mFramesPerSecondGiven);
     if (!lImport.mSucceeded) return eInputRefused;
 
     const OrvExportFrames lFrames = OrvFramesAt(lImport, pOptions.mResampleFps);

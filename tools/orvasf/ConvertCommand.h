@@ -44,6 +44,12 @@ void AddConvertOptions(CLI::App& pCommand, ConvertCommandOptions& pOptions);
 // host scene.
 int RunConvert(const ConvertCommandOptions& pOptions);
 
+// Builds the binary glTF file (.glb) that WriteGltf writes for pImport (which must have
+// succeeded) and pFrames into pBytes, for a page that embeds it. Appends the writer's messages,
+// naming pName, to pMessages. False when the skeleton cannot be written. Same cost as WriteGltf.
+bool WriteGltfBinary(std::string& pBytes, const std::string& pName, const OrvImportResult& pImport,
+                     const OrvExportFrames& pFrames, std::vector<orvsdk::OrvMessage>& pMessages);
+
 // Writes the skeleton of pImport (which must have succeeded), its skin, a figure and pFrames of its
 // motion (see OrvFramesAt) as glTF 2.0 at pPath: binary for a ".glb" path, else text with its binary data embedded as
 // base64, or in a .bin file beside it when pSeparateBuffer. The animation is named after the

@@ -34,16 +34,30 @@ std::optional<InputFormat> InputFormatOf(const std::string& pPath)
     return std::nullopt;
 }
 
+std::string InputUsageProblem(const char* pCommand, const ImportOptions& pImport)
+{
+    const std::optional<InputFormat> lInput = InputFormatOf(pImport.mAsfPath);
+    if (!lInput) return std::string(pCommand) + " reads .asf, .bvh, .glb or .gltf files, not " + pImport.mAsfPath;
+    if (*lInput != InputFormat::eAsf && !pImport.mMotionPath.empty())
+        return "--motion goes with an ASF input; a BVH or glTF file holds its motion";
+    if (*lInput != InputFormat::eGltf && !pImport.mGltf.mAnimationName.empty())
+        return "--animation goes with a .glb or .gltf input";
+    return std::string();
+}
+
 std::optional<InputFormat> CheckedInputFormat(const ImportOptions& pOptions, const char* pCommand)
 {
-    const std::optional<InputFormat> lFormat = InputFormatOf(pOptions.mAsfPath);
-    if (!lFormat)
-        PrintToolError(std::string(pCommand) + " reads .asf, .bvh, .glb or .gltf files, not " + pOptions.mAsfPath);
-    else if (*lFormat != InputFormat::eAsf && !pOptions.mMotionPath.empty())
-        PrintToolError("--motion goes with an ASF input; a BVH or glTF file holds its motion");
-    else
-        return lFormat;
+    const std::string lProblem = InputUsageProblem(pCommand, pOptions);
+    if (lProblem.empty()) return InputFormatOf(pOptions.mAsfPath);
+    PrintToolError(lProblem);
     return std::nullopt;
+}
+
+OrvImportResult ImportInput(const ImportOptions& pImport, bool pFramesPerSecondGiven)
+{
+    ImportOptions lImportOptions = pImport;
+    if (pFramesPerSecondGiven) lImportOptions.mGltf.mFramesPerSecond = lImportOptions.mSettings.mFramesPerSecond;
+    return ImportFiles(lImportOptions, InputFormatOf(pImport.mAsfPath).value());
 }
 
 std::string InputNames(const ImportOptions& pOptions)

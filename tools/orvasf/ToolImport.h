@@ -28,10 +28,19 @@ OrvImportResult ImportFiles(const ImportOptions& pOptions, InputFormat pFormat =
 // for any other extension.
 std::optional<InputFormat> InputFormatOf(const std::string& pPath);
 
-// The format of pOptions' input file for subcommand pCommand, which reads any of them. Empty,
-// with a usage error printed, for an unknown extension or a motion file given beside a BVH or
-// glTF file.
+// The text of a usage problem of pImport's files for pCommand ("convert", "view", "render"): an
+// input that is not .asf, .bvh, .glb or .gltf, a motion beside a BVH or glTF input, an animation
+// name without a glTF input. Empty when they fit.
+std::string InputUsageProblem(const char* pCommand, const ImportOptions& pImport);
+
+// The format of pOptions' input file for subcommand pCommand. Empty, with the InputUsageProblem
+// printed as a usage error, when the files do not fit.
 std::optional<InputFormat> CheckedInputFormat(const ImportOptions& pOptions, const char* pCommand);
+
+// Imports the input of pImport, ASF (+ AMC), BVH or glTF by its extension (which
+// InputUsageProblem accepted), printing its messages; a glTF input is resampled at --fps when
+// pFramesPerSecondGiven. The result owns the host scene. Costs one whole import.
+OrvImportResult ImportInput(const ImportOptions& pImport, bool pFramesPerSecondGiven);
 
 // The names of the input files without their folders, "FILE.asf + FILE.amc" or "FILE.bvh", for
 // titles.

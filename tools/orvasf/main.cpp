@@ -7,6 +7,7 @@
 #include "tools/orvasf/OutputText.h"
 #include "tools/orvasf/PlotCommand.h"
 #include "tools/orvasf/RenderCommand.h"
+#include "tools/orvasf/ViewCommand.h"
 
 #include "orvsdk/OrvVersion.h"
 
@@ -139,6 +140,12 @@ int Run(int pArgc, char** pArgv)
     AddConvertOptions(*lConvertCommand, lConvert);
     AddImportFlags(*lConvertCommand, lConvert.mImport.mSettings);
 
+    ViewCommandOptions lView;
+    CLI::App* lViewCommand =
+        AddCommand(lApp, "view", "Write one HTML page that plays the motion in a browser, offline");
+    AddViewOptions(*lViewCommand, lView);
+    AddImportFlags(*lViewCommand, lView.mImport.mSettings);
+
     BatchCommandOptions lBatch;
     CLI::App* lBatchCommand = AddCommand(lApp, "batch", "Convert every AMC and BVH file below a folder, in parallel");
     AddBatchOptions(*lBatchCommand, lBatch);
@@ -178,6 +185,11 @@ int Run(int pArgc, char** pArgv)
     if (lBatchCommand->parsed()) return RunBatch(lBatch);
     if (lRenderCommand->parsed()) return RunRender(lRender);
     if (lPlotCommand->parsed()) return RunPlot(lPlot);
+    if (lViewCommand->parsed())
+    {
+        lView.mFramesPerSecondGiven = lViewCommand->count("--fps") > 0;
+        return RunView(lView);
+    }
     return RunFormat(lFormat);
 }
 
