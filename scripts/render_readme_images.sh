@@ -6,6 +6,6 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 tool=${1:-$root/build/release/tools/orvasf/orvasf}
 cd "$root"
-"$tool" render examples/walker.asf --motion examples/walker.amc -o docs/images/sample_film_strip.svg
+"$tool" render examples/walker.asf --motion examples/walker.amc --view side -o docs/images/sample_film_strip.svg
 "$tool" plot examples/walker.asf --motion examples/walker.amc --joint lfemur -o docs/images/sample_plot.svg
 echo "wrote docs/images/sample_film_strip.svg and docs/images/sample_plot.svg"
