@@ -282,13 +282,15 @@ TEST_F(RenderTest, FrontAndSideFiguresStandOnOneGround)
 TEST_F(RenderTest, DefaultFramesSpreadEightFiguresOverTheMotionOrShowTheRestPose)
 {
     if (!ToolsPresent()) GTEST_SKIP() << "xmllint or python3 is missing";
-    // The sample's 240 frames: 0 to 239 in seven equal steps, rounded; the same from glTF.
+    // The sample's 240 frames: 0 to 239 in seven equal steps, rounded; the same from glTF, or its
+    // 60 frames when --fps 30 samples it.
     ASSERT_EQ(
         Run("convert " + Quoted(kSampleAsf) + " --motion " + Quoted(kSampleAmc) + " -o " + Work("walk.glb")).mStatus,
         0);
     const std::pair<std::string, std::set<std::string>> lCases[] = {
         {Quoted(kSampleAsf) + " --motion " + Quoted(kSampleAmc), {"0", "34", "68", "102", "137", "171", "205", "239"}},
         {Work("walk.glb"), {"0", "34", "68", "102", "137", "171", "205", "239"}},
+        {Work("walk.glb") + " --fps 30", {"0", "8", "17", "25", "34", "42", "51", "59"}},  // sampled at 30 fps
         {Work("tiny.asf") + " --motion " + Work("tiny.amc"), {"0", "1", "2"}},
         {Work("tiny.asf"), {"rest"}},
         {Quoted(kSampleAsf) + " --motion " + Quoted(kSampleAmc) + " --frames 5,7-8", {"5", "7", "8"}},

@@ -130,7 +130,7 @@ int RunConvert(const ConvertCommandOptions& pOptions)
         return eUsageError;
     }
 
-    const OrvImportResult lImport = ImportInput(pOptions.mImport, pOptions.mFramesPerSecondGiven);
+    const OrvImportResult lImport = ImportInput(pOptions.mImport);
     if (!lImport.mSucceeded) return eInputRefused;
 
     const OrvExportFrames lFrames = OrvFramesAt(lImport, pOptions.mResampleFps);

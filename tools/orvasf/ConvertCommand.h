@@ -24,7 +24,6 @@ struct ConvertCommandOptions
     // The other import settings apply to an ASF input; a BVH file states its own frame rate, and
     // a glTF file is sampled at its keyframe times unless --fps was given.
     ImportOptions mImport;
-    bool mFramesPerSecondGiven = false;
     std::string mOutputPath;       // ".bvh", ".asf", ".glb" or ".gltf"
     std::string mMotionOutputPath; // the AMC beside an ASF output; empty: the output with ".amc"
     std::string mGltfBuffer;       // of a .gltf output: "embedded" (the default) or "separate"

@@ -346,9 +346,8 @@ void AddRenderOptions(CLI::App& pCommand, RenderCommandOptions& pOptions)
 
 int RunRender(const RenderCommandOptions& pOptions)
 {
-    const std::optional<InputFormat> lFormat = CheckedInputFormat(pOptions.mImport, "render");
-    if (!lFormat) return eUsageError;
-    const OrvImportResult lImport = ImportFiles(pOptions.mImport, *lFormat);
+    if (!CheckedInputFormat(pOptions.mImport, "render")) return eUsageError;
+    const OrvImportResult lImport = ImportInput(pOptions.mImport);
     if (!lImport.mSucceeded) return eInputRefused;
     std::optional<std::vector<int>> lFrames = FramesToDraw(pOptions.mFrames, lImport.mFrameSpan);
     if (!lFrames) return eUsageError;

@@ -53,11 +53,9 @@ std::optional<InputFormat> CheckedInputFormat(const ImportOptions& pOptions, con
     return std::nullopt;
 }
 
-OrvImportResult ImportInput(const ImportOptions& pImport, bool pFramesPerSecondGiven)
+OrvImportResult ImportInput(const ImportOptions& pImport)
 {
-    ImportOptions lImportOptions = pImport;
-    if (pFramesPerSecondGiven) lImportOptions.mGltf.mFramesPerSecond = lImportOptions.mSettings.mFramesPerSecond;
-    return ImportFiles(lImportOptions, InputFormatOf(pImport.mAsfPath).value());
+    return ImportFiles(pImport, InputFormatOf(pImport.mAsfPath).value());
 }
 
 std::string InputNames(const ImportOptions& pOptions)

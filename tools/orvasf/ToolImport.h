@@ -38,9 +38,9 @@ std::string InputUsageProblem(const char* pCommand, const ImportOptions& pImport
 std::optional<InputFormat> CheckedInputFormat(const ImportOptions& pOptions, const char* pCommand);
 
 // Imports the input of pImport, ASF (+ AMC), BVH or glTF by its extension (which
-// InputUsageProblem accepted), printing its messages; a glTF input is resampled at --fps when
-// pFramesPerSecondGiven. The result owns the host scene. Costs one whole import.
-OrvImportResult ImportInput(const ImportOptions& pImport, bool pFramesPerSecondGiven);
+// InputUsageProblem accepted), printing its messages. The result owns the host scene. Costs one
+// whole import.
+OrvImportResult ImportInput(const ImportOptions& pImport);
 
 // The names of the input files without their folders, "FILE.asf + FILE.amc" or "FILE.bvh", for
 // titles.

@@ -92,7 +92,7 @@ int RunView(const ViewCommandOptions& pOptions)
         return eUsageError;
     }
 
-    const OrvImportResult lImport = ImportInput(pOptions.mImport, pOptions.mFramesPerSecondGiven);
+    const OrvImportResult lImport = ImportInput(pOptions.mImport);
     if (!lImport.mSucceeded) return eInputRefused;
     const OrvExportFrames lFrames = OrvFramesAt(lImport, 0.0);
     std::string lGlb;

@@ -16,7 +16,6 @@ struct ViewCommandOptions
 {
     // The input, ASF (+ AMC), BVH or glTF, read as "convert" reads it.
     ImportOptions mImport;
-    bool mFramesPerSecondGiven = false;
     std::string mOutputPath;  // ".html" or ".htm"
 };
 

@@ -73,6 +73,16 @@ void AddImportFlags(CLI::App& pCommand, OrvImportSettings& pOptions)
         ->capture_default_str();
 }
 
+// The import flags of a command whose input may also be a glTF file: there --fps samples the
+// glTF animation at that rate, which otherwise keeps its keyframe times.
+void AddInputImportFlags(CLI::App& pCommand, ImportOptions& pOptions)
+{
+    AddImportFlags(pCommand, pOptions.mSettings);
+    pCommand.final_callback([&pCommand, &pOptions]() {
+        if (pCommand.count("--fps") > 0) pOptions.mGltf.mFramesPerSecond = pOptions.mSettings.mFramesPerSecond;
+    });
+}
+
 CLI::App* AddCommand(CLI::App& pApp, const char* pName, const char* pDescription)
 {
     CLI::App* lCommand = pApp.add_subcommand(pName, pDescription);
@@ -138,13 +148,13 @@ int Run(int pArgc, char** pArgv)
     CLI::App* lConvertCommand =
         AddCommand(lApp, "convert", "Convert between ASF/AMC, BVH and glTF 2.0 through a host scene");
     AddConvertOptions(*lConvertCommand, lConvert);
-    AddImportFlags(*lConvertCommand, lConvert.mImport.mSettings);
+    AddInputImportFlags(*lConvertCommand, lConvert.mImport);
 
     ViewCommandOptions lView;
     CLI::App* lViewCommand =
         AddCommand(lApp, "view", "Write one HTML page that plays the motion in a browser, offline");
     AddViewOptions(*lViewCommand, lView);
-    AddImportFlags(*lViewCommand, lView.mImport.mSettings);
+    AddInputImportFlags(*lViewCommand, lView.mImport);
 
     BatchCommandOptions lBatch;
     CLI::App* lBatchCommand = AddCommand(lApp, "batch", "Convert every AMC and BVH file below a folder, in parallel");
@@ -155,12 +165,12 @@ int Run(int pArgc, char** pArgv)
     CLI::App* lRenderCommand = AddCommand(lApp, "render", "Draw stick figures of chosen frames as an SVG film strip");
     AddRenderOptions(*lRenderCommand, lRender);
     lRenderCommand->get_option("--frames")->check(kFrameListValidator);
-    AddImportFlags(*lRenderCommand, lRender.mImport.mSettings);
+    AddInputImportFlags(*lRenderCommand, lRender.mImport);
 
     PlotCommandOptions lPlot;
     CLI::App* lPlotCommand = AddCommand(lApp, "plot", "Draw a joint's rotation or translation keys against time as SVG");
     AddPlotOptions(*lPlotCommand, lPlot);
-    AddImportFlags(*lPlotCommand, lPlot.mImport.mSettings);
+    AddInputImportFlags(*lPlotCommand, lPlot.mImport);
 
     try
     {
@@ -177,19 +187,11 @@ int Run(int pArgc, char** pArgv)
     if (lImportCommand->parsed()) return RunImport(lImport);
     if (lPoseCommand->parsed()) return RunPose(lPose);
     if (lExportCommand->parsed()) return RunExport(lExport);
-    if (lConvertCommand->parsed())
-    {
-        lConvert.mFramesPerSecondGiven = lConvertCommand->count("--fps") > 0;
-        return RunConvert(lConvert);
-    }
+    if (lConvertCommand->parsed()) return RunConvert(lConvert);
     if (lBatchCommand->parsed()) return RunBatch(lBatch);
     if (lRenderCommand->parsed()) return RunRender(lRender);
     if (lPlotCommand->parsed()) return RunPlot(lPlot);
-    if (lViewCommand->parsed())
-    {
-        lView.mFramesPerSecondGiven = lViewCommand->count("--fps") > 0;
-        return RunView(lView);
-    }
+    if (lViewCommand->parsed()) return RunView(lView);
     return RunFormat(lFormat);
 }
 
