@@ -1,7 +1,10 @@
 #include "tools/orvasf/ArgumentValues.h"
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
+#include <filesystem>
 
 namespace orvasf::tool {
 
@@ -69,6 +72,14 @@ std::optional<orvsdk::OrvVector4> ParseScale(std::string_view pText)
         lScale[i] = *lValue;
     }
     return lScale;
+}
+
+std::string LowerCaseExtension(const std::string& pPath)
+{
+    std::string lExtension = std::filesystem::path(pPath).extension().string();
+    std::transform(lExtension.begin(), lExtension.end(), lExtension.begin(),
+                   [](unsigned char pChar) { return static_cast<char>(std::tolower(pChar)); });
+    return lExtension;
 }
 
 } // namespace orvasf::tool

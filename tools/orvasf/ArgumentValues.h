@@ -4,6 +4,7 @@
 #include "orvsdk/host/math/OrvVector4.h"
 
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -24,6 +25,10 @@ std::optional<std::vector<FrameRange>> ParseFrameList(std::string_view pText);
 // Parses a scale "X,Y,Z" of three finite numbers (read independently of the locale) into
 // X, Y and Z of the result. Empty result when the text is not such a triple.
 std::optional<orvsdk::OrvVector4> ParseScale(std::string_view pText);
+
+// The extension of the file pPath names, with its dot, in ASCII lower case: "Walk.BVH" gives
+// ".bvh"; "" when the name has none. File formats are chosen by it.
+std::string LowerCaseExtension(const std::string& pPath);
 
 } // namespace orvasf::tool
 

@@ -1,7 +1,8 @@
 #include "tools/orvasf/BatchWork.h"
 
+#include "tools/orvasf/ArgumentValues.h"
+
 #include <algorithm>
-#include <cctype>
 #include <map>
 #include <set>
 
@@ -10,14 +11,6 @@ namespace orvasf::tool {
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string LowerExtension(const fs::path& pPath)
-{
-    std::string lExtension = pPath.extension().string();
-    std::transform(lExtension.begin(), lExtension.end(), lExtension.begin(),
-                   [](unsigned char pChar) { return static_cast<char>(std::tolower(pChar)); });
-    return lExtension;
-}
 
 // The motion, skeleton and BVH files of one folder.
 struct FolderFiles
@@ -37,7 +30,7 @@ std::map<fs::path, FolderFiles> FilesByFolder(const fs::path& pInputFolder, cons
         if (lEntry->is_directory() && fs::weakly_canonical(lEntry->path()) == lSkipped)
             lEntry.disable_recursion_pending();
         if (!lEntry->is_regular_file()) continue;
-        const std::string lExtension = LowerExtension(lEntry->path());
+        const std::string lExtension = LowerCaseExtension(lEntry->path().string());
         FolderFiles& lFolder = lFolders[lEntry->path().parent_path()];
         if (lExtension == ".amc") lFolder.mAmc.push_back(lEntry->path());
         if (lExtension == ".asf") lFolder.mAsf.push_back(lEntry->path());

@@ -4,14 +4,13 @@
 #include "gltf/OrvGltfWriter.h"
 #include "orvsdk/host/anim/OrvAnimStack.h"
 #include "orvsdk/OrvVersion.h"
+#include "tools/orvasf/ArgumentValues.h"
 #include "tools/orvasf/ExitStatus.h"
 #include "tools/orvasf/MessagePrinter.h"
 #include "tools/orvasf/ToolImport.h"
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
-#include <cctype>
 #include <filesystem>
 
 namespace orvasf::tool {
@@ -29,9 +28,7 @@ enum class EFormat
 
 EFormat FormatOf(const std::string& pPath)
 {
-    std::string lExtension = std::filesystem::path(pPath).extension().string();
-    std::transform(lExtension.begin(), lExtension.end(), lExtension.begin(),
-                   [](unsigned char pChar) { return static_cast<char>(std::tolower(pChar)); });
+    const std::string lExtension = LowerCaseExtension(pPath);
     if (lExtension == ".asf") return EFormat::eAsf;
     if (lExtension == ".bvh") return EFormat::eBvh;
     if (lExtension == ".glb") return EFormat::eGlb;
@@ -94,8 +91,6 @@ bool WriteGltf(const std::string& pPath, const OrvImportResult& pImport, const O
 
 void AddConvertOptions(CLI::App& pCommand, ConvertCommandOptions& pOptions)
 {
-    pCommand.add_option("input", pOptions.mImport.mAsfPath, "ASF, BVH, glb or glTF file to convert")->required();
-    pCommand.add_option("--motion", pOptions.mImport.mMotionPath, "AMC motion of an ASF input")->type_name("FILE.amc");
     pCommand.add_option("-o,--output", pOptions.mOutputPath, "ASF, BVH, glb or glTF file to write")
         ->required()
         ->type_name("OUT.asf|OUT.bvh|OUT.glb|OUT.gltf");

@@ -30,7 +30,7 @@ struct ConvertCommandOptions
     double mResampleFps = 0.0;     // frame rate of the output's motion; 0: the input's own
 };
 
-// Adds to pCommand (the "convert" subcommand) its input argument and the options --motion,
+// Adds to pCommand (the "convert" subcommand) the options
 // -o/--output, --motion-out, --animation, --buffer and --resample, bound to pOptions. The shared import flags (--fps and the rest)
 // are the caller's to add, bound to pOptions.mImport.
 void AddConvertOptions(CLI::App& pCommand, ConvertCommandOptions& pOptions);

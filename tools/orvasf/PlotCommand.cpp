@@ -273,8 +273,6 @@ int ImportSeries(const PlotCommandOptions& pOptions, InputFormat pFormat, const 
 
 void AddPlotOptions(CLI::App& pCommand, PlotCommandOptions& pOptions)
 {
-    pCommand.add_option("file", pOptions.mImport.mAsfPath, "ASF, BVH, glb or glTF file")->required();
-    pCommand.add_option("--motion", pOptions.mImport.mMotionPath, "AMC motion of an ASF input")->type_name("FILE.amc");
     pCommand.add_option("--joint", pOptions.mJoint, "Joint (host node) whose curves are drawn")
         ->required()
         ->type_name("NAME");

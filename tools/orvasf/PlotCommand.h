@@ -21,9 +21,8 @@ struct PlotCommandOptions
     std::string mOutputPath;
 };
 
-// Adds to pCommand its input argument and the options --motion, --joint, --channels,
-// --compare-filter and -o/--output, bound to pOptions. The shared import flags are the caller's
-// to add.
+// Adds to pCommand the options --joint, --channels, --compare-filter and -o/--output, bound to
+// pOptions. The input, its --motion and the shared import flags are the caller's to add.
 void AddPlotOptions(CLI::App& pCommand, PlotCommandOptions& pOptions);
 
 // Imports the files (twice with a compare filter) and writes the keys of the joint's rotation or

@@ -330,8 +330,6 @@ std::string FilmStrip(const RenderCommandOptions& pOptions, const View& pView, c
 
 void AddRenderOptions(CLI::App& pCommand, RenderCommandOptions& pOptions)
 {
-    pCommand.add_option("file", pOptions.mImport.mAsfPath, "ASF, BVH, glb or glTF file")->required();
-    pCommand.add_option("--motion", pOptions.mImport.mMotionPath, "AMC motion of an ASF input")->type_name("FILE.amc");
     pCommand.add_option("--frames", pOptions.mFrames,
                         "0-based frames to draw, e.g. 0,10,20-30, at most 64 (default: 8 evenly over the motion; "
                         "the rest pose without motion)");

@@ -20,9 +20,8 @@ struct RenderCommandOptions
     std::string mOutputPath;
 };
 
-// Adds to pCommand its input argument and the options --motion, --frames, --view and
-// -o/--output, bound to pOptions. The shared import flags and the check of the frame list are
-// the caller's to add.
+// Adds to pCommand the options --frames, --view and -o/--output, bound to pOptions. The input,
+// its --motion, the shared import flags and the check of the frame list are the caller's to add.
 void AddRenderOptions(CLI::App& pCommand, RenderCommandOptions& pOptions);
 
 // Imports the files and writes the figures of the requested frames (see AddRenderOptions' help)

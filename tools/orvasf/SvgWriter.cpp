@@ -104,12 +104,9 @@ SvgWriter& SvgWriter::Attribute(const char* pName, std::string_view pValue)
 
 SvgWriter& SvgWriter::Attribute(const char* pName, double pValue)
 {
-    mText += ' ';
-    mText += pName;
-    mText += "=\"";
-    AppendNumber(mText, pValue);
-    mText += '"';
-    return *this;
+    std::string lNumber;
+    AppendNumber(lNumber, pValue);
+    return Attribute(pName, lNumber);
 }
 
 SvgWriter& SvgWriter::BeginLine(const SvgPoint& pFrom, const SvgPoint& pTo)

@@ -4,7 +4,6 @@
 #include "tools/orvasf/ProgressReporter.h"
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <limits>
 
@@ -25,9 +24,7 @@ OrvImportResult ImportFiles(const ImportOptions& pOptions, InputFormat pFormat)
 
 std::optional<InputFormat> InputFormatOf(const std::string& pPath)
 {
-    std::string lExtension = std::filesystem::path(pPath).extension().string();
-    std::transform(lExtension.begin(), lExtension.end(), lExtension.begin(),
-                   [](unsigned char pChar) { return static_cast<char>(std::tolower(pChar)); });
+    const std::string lExtension = LowerCaseExtension(pPath);
     if (lExtension == ".asf") return InputFormat::eAsf;
     if (lExtension == ".bvh") return InputFormat::eBvh;
     if (lExtension == ".glb" || lExtension == ".gltf") return InputFormat::eGltf;

@@ -1,6 +1,7 @@
 #include "tools/orvasf/ViewCommand.h"
 
 #include "driver/OrvExportDriver.h"
+#include "tools/orvasf/ArgumentValues.h"
 #include "tools/orvasf/ConvertCommand.h"
 #include "tools/orvasf/ExitStatus.h"
 #include "tools/orvasf/MessagePrinter.h"
@@ -12,7 +13,6 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cctype>
 #include <cstdint>
 #include <filesystem>
 
@@ -22,9 +22,7 @@ namespace {
 
 bool IsHtmlPath(const std::string& pPath)
 {
-    std::string lExtension = std::filesystem::path(pPath).extension().string();
-    std::transform(lExtension.begin(), lExtension.end(), lExtension.begin(),
-                   [](unsigned char pChar) { return static_cast<char>(std::tolower(pChar)); });
+    const std::string lExtension = LowerCaseExtension(pPath);
     return lExtension == ".html" || lExtension == ".htm";
 }
 
@@ -69,8 +67,6 @@ void Fill(std::string& pPage, const std::string& pPlaceholder, const std::string
 
 void AddViewOptions(CLI::App& pCommand, ViewCommandOptions& pOptions)
 {
-    pCommand.add_option("input", pOptions.mImport.mAsfPath, "ASF, BVH, glb or glTF file to show")->required();
-    pCommand.add_option("--motion", pOptions.mImport.mMotionPath, "AMC motion of an ASF input")->type_name("FILE.amc");
     pCommand.add_option("--animation", pOptions.mImport.mGltf.mAnimationName,
                         "Animation of a glTF input to show (default: the first)")
         ->type_name("NAME");

@@ -19,9 +19,9 @@ struct ViewCommandOptions
     std::string mOutputPath;  // ".html" or ".htm"
 };
 
-// Adds to pCommand (the "view" subcommand) its input argument and the options --motion,
-// --animation and -o/--output, bound to pOptions. The shared import flags are the caller's to
-// add, bound to pOptions.mImport.
+// Adds to pCommand (the "view" subcommand) the options --animation and -o/--output, bound to
+// pOptions. The input, its --motion and the shared import flags are the caller's to add, bound
+// to pOptions.mImport.
 void AddViewOptions(CLI::App& pCommand, ViewCommandOptions& pOptions);
 
 // Imports the input and writes the page: the figure as a binary glTF file in base64, three.js

@@ -73,10 +73,13 @@ void AddImportFlags(CLI::App& pCommand, OrvImportSettings& pOptions)
         ->capture_default_str();
 }
 
-// The import flags of a command whose input may also be a glTF file: there --fps samples the
-// glTF animation at that rate, which otherwise keeps its keyframe times.
-void AddInputImportFlags(CLI::App& pCommand, ImportOptions& pOptions)
+// The input (ASF, BVH or glTF, described by pInputHelp), its --motion and the import flags of a
+// command that reads any input. For a glTF input --fps samples the animation at that rate, which
+// otherwise keeps its keyframe times.
+void AddInputOptions(CLI::App& pCommand, ImportOptions& pOptions, const char* pInputHelp)
 {
+    pCommand.add_option("input", pOptions.mAsfPath, pInputHelp)->required();
+    pCommand.add_option("--motion", pOptions.mMotionPath, "AMC motion of an ASF input")->type_name("FILE.amc");
     AddImportFlags(pCommand, pOptions.mSettings);
     pCommand.final_callback([&pCommand, &pOptions]() {
         if (pCommand.count("--fps") > 0) pOptions.mGltf.mFramesPerSecond = pOptions.mSettings.mFramesPerSecond;
@@ -148,13 +151,13 @@ int Run(int pArgc, char** pArgv)
     CLI::App* lConvertCommand =
         AddCommand(lApp, "convert", "Convert between ASF/AMC, BVH and glTF 2.0 through a host scene");
     AddConvertOptions(*lConvertCommand, lConvert);
-    AddInputImportFlags(*lConvertCommand, lConvert.mImport);
+    AddInputOptions(*lConvertCommand, lConvert.mImport, "ASF, BVH, glb or glTF file to convert");
 
     ViewCommandOptions lView;
     CLI::App* lViewCommand =
         AddCommand(lApp, "view", "Write one HTML page that plays the motion in a browser, offline");
     AddViewOptions(*lViewCommand, lView);
-    AddInputImportFlags(*lViewCommand, lView.mImport);
+    AddInputOptions(*lViewCommand, lView.mImport, "ASF, BVH, glb or glTF file to show");
 
     BatchCommandOptions lBatch;
     CLI::App* lBatchCommand = AddCommand(lApp, "batch", "Convert every AMC and BVH file below a folder, in parallel");
@@ -165,12 +168,12 @@ int Run(int pArgc, char** pArgv)
     CLI::App* lRenderCommand = AddCommand(lApp, "render", "Draw stick figures of chosen frames as an SVG film strip");
     AddRenderOptions(*lRenderCommand, lRender);
     lRenderCommand->get_option("--frames")->check(kFrameListValidator);
-    AddInputImportFlags(*lRenderCommand, lRender.mImport);
+    AddInputOptions(*lRenderCommand, lRender.mImport, "ASF, BVH, glb or glTF file to draw");
 
     PlotCommandOptions lPlot;
     CLI::App* lPlotCommand = AddCommand(lApp, "plot", "Draw a joint's rotation or translation keys against time as SVG");
     AddPlotOptions(*lPlotCommand, lPlot);
-    AddInputImportFlags(*lPlotCommand, lPlot.mImport);
+    AddInputOptions(*lPlotCommand, lPlot.mImport, "ASF, BVH, glb or glTF file whose curves are drawn");
 
     try
     {
